@@ -1,0 +1,31 @@
+// Unicode views of byte strings for matching and sorting: lossless decoding, folding, graphemes.
+#pragma once
+
+#include <unicode/unistr.h>
+
+#include <string_view>
+#include <vector>
+
+namespace orbisk::UnicodeText {
+
+/// Decodes UTF-8; every byte that is not part of valid UTF-8 becomes the lone surrogate
+/// U+DC00 + byte, so that invalid names still compare as themselves and never as each other.
+[[nodiscard]] icu::UnicodeString decode(std::string_view bytes);
+
+/// Canonical composition (NFC).
+[[nodiscard]] icu::UnicodeString composed(const icu::UnicodeString& text);
+
+/// Full Unicode lowercasing (locale-independent).
+[[nodiscard]] icu::UnicodeString lowercased(const icu::UnicodeString& text);
+
+/// The form used for "ignoring case and diacritics": full case folding with all combining marks
+/// removed (Latin accents, Hebrew points), in NFC.
+[[nodiscard]] icu::UnicodeString foldedForSearch(const icu::UnicodeString& text);
+
+/// Substring search ignoring case and diacritics, without locale rules. An empty needle is found.
+[[nodiscard]] bool containsIgnoringCaseAndDiacritics(std::string_view haystack, std::string_view needle);
+
+/// The user-perceived characters (extended grapheme clusters) of text, each in NFC.
+[[nodiscard]] std::vector<icu::UnicodeString> graphemes(const icu::UnicodeString& text);
+
+} // namespace orbisk::UnicodeText
