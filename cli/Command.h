@@ -15,7 +15,7 @@ inline constexpr int exitUsage = 2;   ///< the command line was wrong
 
 struct Command {
     std::string_view name;
-    std::string_view usage;   ///< one or more lines, without the program name
+    std::string_view usage;                             ///< one or more lines, without the program name
     int (*run)(std::span<const std::string> arguments); ///< arguments after the command name
 };
 

@@ -20,7 +20,10 @@ bool registerCommand(Command command)
     return true;
 }
 
-const std::vector<Command>& commands() { return registry(); }
+const std::vector<Command>& commands()
+{
+    return registry();
+}
 
 int usageError(const Command& command, std::string_view problem)
 {

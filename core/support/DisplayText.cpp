@@ -40,10 +40,8 @@ bool isInvisible(UChar32 c)
     case U_PARAGRAPH_SEPARATOR:
     case U_UNASSIGNED:
     case U_PRIVATE_USE_CHAR:
-    case U_SURROGATE:
-        return true;
-    default:
-        return false;
+    case U_SURROGATE: return true;
+    default: return false;
     }
 }
 
@@ -106,11 +104,8 @@ bool canReorder(std::string_view raw)
         case U_LEFT_TO_RIGHT_ISOLATE:
         case U_RIGHT_TO_LEFT_ISOLATE:
         case U_FIRST_STRONG_ISOLATE:
-        case U_POP_DIRECTIONAL_ISOLATE:
-            found = true;
-            break;
-        default:
-            break;
+        case U_POP_DIRECTIONAL_ISOLATE: found = true; break;
+        default: break;
         }
     });
     return found;

@@ -32,6 +32,9 @@ inline constexpr std::string_view popIsolate = "\u2069";
 [[nodiscard]] std::string displayPath(std::string_view path, bool rightToLeftInterface);
 
 /// A file name shown in a list: visible, never isolated (the list cell isolates itself).
-[[nodiscard]] inline std::string displayName(std::string_view name) { return visible(name); }
+[[nodiscard]] inline std::string displayName(std::string_view name)
+{
+    return visible(name);
+}
 
 } // namespace orbisk::DisplayText

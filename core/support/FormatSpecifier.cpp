@@ -5,7 +5,10 @@
 namespace orbisk {
 namespace {
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
 
 // Matches one specifier starting at text[start] == '%'; returns its length, or 0.
 std::size_t match(std::string_view text, std::size_t start, FormatSpecifier& spec)

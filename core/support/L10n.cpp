@@ -10,8 +10,14 @@ namespace {
 std::atomic<bool> rightToLeft{false};
 } // namespace
 
-void setRightToLeft(bool value) { rightToLeft = value; }
-bool isRightToLeft() { return rightToLeft; }
+void setRightToLeft(bool value)
+{
+    rightToLeft = value;
+}
+bool isRightToLeft()
+{
+    return rightToLeft;
+}
 
 std::string format(std::string_view text, const std::vector<FormatArgument>& arguments)
 {

@@ -42,9 +42,18 @@ std::string_view accented(char c)
 
 } // namespace
 
-void setTranslatorHook(TranslatorHook h) { hook() = std::move(h); }
-void setPseudoLanguage(bool on) { pseudo() = on; }
-bool pseudoLanguage() { return pseudo(); }
+void setTranslatorHook(TranslatorHook h)
+{
+    hook() = std::move(h);
+}
+void setPseudoLanguage(bool on)
+{
+    pseudo() = on;
+}
+bool pseudoLanguage()
+{
+    return pseudo();
+}
 
 std::string pseudoLocalized(std::string_view text)
 {
