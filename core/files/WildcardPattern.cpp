@@ -34,7 +34,7 @@ bool isSimpleAscii(std::string_view bytes)
 
 // Whether text breaks between every two code points: true when each one is an ordinary character
 // or a control other than CR, as then no rule of UAX #29 joins it to a neighbour. Most names
-// outside ASCII are like this, and this test is much cheaper than a break iterator.
+// outside ASCII are like this, and for them the break iterator can be skipped.
 bool isOneCharacterPerCodePoint(const icu::UnicodeString& text)
 {
     for (int32_t i = 0; i < text.length();) {
