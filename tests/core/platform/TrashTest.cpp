@@ -238,6 +238,12 @@ TEST(Trash, ItemsOnAnotherVolumeGoToThatVolumesTrash)
         EXPECT_TRUE(entries(home.data / "Trash/files").empty()) << "nothing went to the home trash";
     }
     EXPECT_TRUE(entries(top / "elsewhere").empty()) << "the linked shared trash was never used";
+
+    if (test::haveProgram("trash-list")) {
+        const auto listed = test::run({"trash-list"}, {}, home.environment);
+        EXPECT_NE(listed.out.find(" " + (top / "sub dir/file #1").native() + "\n"), std::string::npos)
+            << "trash-list finds the volume's trash: " << listed.out << listed.err;
+    }
 }
 
 TEST(Trash, APermissionFailureLeavesTheItemAndNoInfoFile)
