@@ -131,9 +131,13 @@ TEST(DirectoryReader, ReportsTheErrorOfAFolderItCannotList)
     const auto empty = DirectoryReader::read(tree.folder("empty"), true);
     ASSERT_TRUE(empty);
     EXPECT_TRUE(empty->empty());
+}
 
+TEST(DirectoryReader, ReportsPermissionDenied)
+{
     if (::geteuid() == 0)
-        GTEST_SKIP() << "permissions do not stop root; the EACCES case runs as a normal user";
+        GTEST_SKIP() << "permissions do not stop root; this case runs as a normal user";
+    TempTree tree;
     const auto locked = tree.folder("locked");
     ASSERT_EQ(::chmod(locked.c_str(), 0), 0);
     const auto denied = DirectoryReader::read(locked, true);
