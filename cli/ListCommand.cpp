@@ -14,8 +14,8 @@
 #include "files/FileKind.h"
 #include "files/FileSorter.h"
 #include "files/MimeTypeTable.h"
+#include "files/NameFilter.h"
 #include "support/DisplayText.h"
-#include "support/UnicodeText.h"
 
 namespace orbisk::cli {
 namespace {
@@ -83,12 +83,6 @@ std::expected<Options, int> parse(std::span<const std::string> arguments)
     return options;
 }
 
-/// The pane's filter rule: the filter text found in the name, ignoring case and diacritics.
-bool passesFilter(const std::string& name, const std::optional<std::string>& filter)
-{
-    return !filter || UnicodeText::containsIgnoringCaseAndDiacritics(name, *filter);
-}
-
 void appendDate(std::string& out, const std::optional<FileItem::Date>& date)
 {
     if (!date) {
@@ -135,8 +129,10 @@ int runList(std::span<const std::string> arguments)
                   << "”: " << items.error().message() << "\n";
         return exitFailure;
     }
-    if (options->filter)
-        std::erase_if(*items, [&](const FileItem& item) { return !passesFilter(item.name(), options->filter); });
+    if (options->filter) {
+        const NameFilter filter(*options->filter);
+        std::erase_if(*items, [&](const FileItem& item) { return !filter.matches(item.name()); });
+    }
 
     MimeTypeTable types = MimeTypeTable::forEnvironment();
     const KindDescriber describe = [&types](const FileItem& item) {

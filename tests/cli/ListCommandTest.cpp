@@ -44,6 +44,7 @@ TEST(ListCommand, PrintsRawNamesInThePanesOrder)
         {{"--sort", "size", "--descending", "--no-folders-first"},
          "a10\ndangling\na2\nA1\nto-photos\nPhotos\ncaf\xE9\n"},
         {{"--filter", "A"}, "caf\xE9\nA1\na2\na10\ndangling\n"},
+        {{"--filter", "a?"}, "A1\na2\n"},
     };
     for (const auto& row : table) {
         auto arguments = row.options;
