@@ -10,10 +10,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 #include <functional>
+#include <random>
 #include <vector>
 
 namespace orbisk::FileCopier {
@@ -93,8 +94,8 @@ std::expected<OwnedFd, CopyError> openSource(const fs::path& from, struct stat& 
         return std::unexpected(CopyError::unsupportedFileType(from));
     if (S_ISDIR(status.st_mode))
         return std::unexpected(CopyError::system(CopyStep::openSource, EISDIR, from));
-    const int flags = ::fcntl(source.get(), F_GETFL);
-    if (flags < 0 || ::fcntl(source.get(), F_SETFL, flags & ~O_NONBLOCK) != 0)
+    // F_SETFL only touches the status flags, none of which we set besides O_NONBLOCK.
+    if (::fcntl(source.get(), F_SETFL, 0) != 0)
         return std::unexpected(CopyError::system(CopyStep::openSource, errno, from));
     return source;
 }
@@ -197,10 +198,16 @@ std::expected<void, CopyError> copyFolderMetadata(const fs::path& from, const fs
 
 std::string temporaryName(std::string_view name)
 {
-    std::array<std::uint8_t, randomDigits / 2> random{};
-    // getrandom never fails for a handful of bytes once the pool is initialised; should it be
-    // interrupted, the digits are merely less random, and a clash is retried by the caller.
-    [[maybe_unused]] const ssize_t got = ::getrandom(random.data(), random.size(), 0);
+    // Seeded once per thread from the kernel: a system call per copied file would show when
+    // copying many small files, and the digits only need to make clashes unlikely (a clash is
+    // retried by the caller).
+    thread_local std::mt19937 generator = [] {
+        std::uint32_t seed = 0;
+        if (::getrandom(&seed, sizeof seed, 0) != sizeof seed)
+            seed = static_cast<std::uint32_t>(::getpid()) ^ static_cast<std::uint32_t>(::time(nullptr));
+        return std::mt19937(seed);
+    }();
+    const std::uint32_t random = generator();
 
     constexpr std::size_t room = maxNameBytes - 1 - temporaryMarker.size() - randomDigits;
     std::size_t keep = std::min(name.size(), room);
@@ -214,10 +221,8 @@ std::string temporaryName(std::string_view name)
     result += name.substr(0, keep);
     result += temporaryMarker;
     constexpr std::string_view hex = "0123456789abcdef";
-    for (const std::uint8_t byte : random) {
-        result += hex[byte >> 4];
-        result += hex[byte & 0x0F];
-    }
+    for (std::size_t digit = 0; digit < randomDigits; ++digit)
+        result += hex[(random >> (4 * digit)) & 0x0F];
     return result;
 }
 

@@ -69,20 +69,26 @@ std::expected<void, CopyError> copyExtendedAttributes(int source, int destinatio
 }
 
 // Tries the owner and group, then the group alone (a user may give a file any group they belong
-// to). Whatever sticks is read back, since setuid and setgid depend on it.
-std::expected<struct stat, CopyError> copyOwner(const struct stat& status, int destination,
-                                                const std::filesystem::path& path)
+// to), and says which of the two the copy now has like the source, since setuid and setgid
+// depend on it.
+struct KeptOwner {
+    bool user = false;
+    bool group = false;
+};
+
+std::expected<KeptOwner, CopyError> copyOwner(const struct stat& status, int destination,
+                                              const std::filesystem::path& path)
 {
-    if (::fchown(destination, status.st_uid, status.st_gid) != 0) {
-        if (errno != EPERM)
-            return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
-        if (::fchown(destination, static_cast<uid_t>(-1), status.st_gid) != 0 && errno != EPERM)
-            return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
-    }
+    if (::fchown(destination, status.st_uid, status.st_gid) == 0)
+        return KeptOwner{true, true};
+    if (errno != EPERM)
+        return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
+    if (::fchown(destination, static_cast<uid_t>(-1), status.st_gid) != 0 && errno != EPERM)
+        return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
     struct stat now {};
     if (::fstat(destination, &now) != 0)
         return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
-    return now;
+    return KeptOwner{now.st_uid == status.st_uid, now.st_gid == status.st_gid};
 }
 
 } // namespace
@@ -101,9 +107,9 @@ std::expected<void, CopyError> copy(int source, const struct stat& status, int d
         return attributes;
 
     mode_t mode = status.st_mode & 07777;
-    if (owner->st_uid != status.st_uid)
+    if (!owner->user)
         mode &= ~mode_t{S_ISUID};
-    if (owner->st_gid != status.st_gid)
+    if (!owner->group)
         mode &= ~mode_t{S_ISGID};
     if (::fchmod(destination, mode) != 0)
         return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
