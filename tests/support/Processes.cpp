@@ -80,6 +80,9 @@ bool haveProgram(const std::string& name)
     return run({"sh", "-c", "command -v \"$0\" >/dev/null", name}).exitCode == 0;
 }
 
-std::filesystem::path binary(const std::string& name) { return std::filesystem::path(ORBISK_BIN_DIR) / name; }
+std::filesystem::path binary(const std::string& name)
+{
+    return std::filesystem::path(ORBISK_BIN_DIR) / name;
+}
 
 } // namespace orbisk::test
