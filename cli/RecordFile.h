@@ -44,6 +44,8 @@ struct RecordArguments {
 
 /// Appends record to the history in file (when given and the record is not empty) and clears the
 /// redo stack, as a new operation does in the app. Prints the reason and returns false on failure.
+/// Known compromise: the history is read before the operation and written after it without a lock,
+/// so two orbisk-cli runs on one history file at the same time can lose one of their records.
 bool remember(const std::optional<std::filesystem::path>& file, UndoHistory history, const UndoRecord& record);
 
 /// Loads the history named on the command line, or an empty one; prints the reason on failure.
