@@ -1,0 +1,106 @@
+#include "windows/FileListModel.h"
+
+#include "panes/KindTexts.h"
+#include "support/ByteCount.h"
+#include "support/DisplayText.h"
+#include "support/Translate.h"
+
+#include <QApplication>
+#include <QDateTime>
+#include <QLocale>
+#include <QStyle>
+
+namespace orbisk {
+
+FileListModel::FileListModel(const std::vector<FileItem>& rows, KindTexts& kinds, QObject* parent)
+    : QAbstractTableModel(parent), rows_(rows), kinds_(kinds)
+{
+}
+
+void FileListModel::reset()
+{
+    beginResetModel();
+    endResetModel();
+}
+
+SortColumn FileListModel::sortColumn(int column)
+{
+    switch (column) {
+    case size: return SortColumn::size;
+    case date: return SortColumn::date;
+    case kind: return SortColumn::kind;
+    default: return SortColumn::name;
+    }
+}
+
+int FileListModel::columnOf(SortColumn column)
+{
+    switch (column) {
+    case SortColumn::size: return size;
+    case SortColumn::date: return date;
+    case SortColumn::kind: return kind;
+    case SortColumn::name: break;
+    }
+    return name;
+}
+
+int FileListModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+}
+
+int FileListModel::columnCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : columnCount_;
+}
+
+QVariant FileListModel::data(const QModelIndex& index, int role) const
+{
+    if (!index.isValid() || static_cast<std::size_t>(index.row()) >= rows_.size())
+        return {};
+    const auto& item = rows_[static_cast<std::size_t>(index.row())];
+    if (role == Qt::DisplayRole) {
+        switch (index.column()) {
+        case name: return QString::fromStdString(DisplayText::displayName(item.name()));
+        case size:
+            if (item.isDirectory || !item.size)
+                return QStringLiteral("—");
+            return QString::fromStdString(formatByteCount(*item.size));
+        case date: {
+            if (!item.modificationDate)
+                return {};
+            const auto milliseconds =
+                std::chrono::duration_cast<std::chrono::milliseconds>(item.modificationDate->time_since_epoch());
+            return QLocale().toString(QDateTime::fromMSecsSinceEpoch(milliseconds.count()), QLocale::ShortFormat);
+        }
+        case kind: return QString::fromStdString(kinds_.describe(item));
+        default: return {};
+        }
+    }
+    if (role == Qt::DecorationRole && index.column() == name) {
+        const auto* style = QApplication::style();
+        if (item.isDirectory)
+            return style->standardIcon(item.isSymbolicLink ? QStyle::SP_DirLinkIcon : QStyle::SP_DirIcon);
+        return style->standardIcon(item.isSymbolicLink ? QStyle::SP_FileLinkIcon : QStyle::SP_FileIcon);
+    }
+    if (role == Qt::TextAlignmentRole && index.column() == size)
+        return QVariant::fromValue(Qt::AlignRight | Qt::AlignVCenter);
+    if (role == Qt::ForegroundRole && item.isHidden)
+        return QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    return {};
+}
+
+QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    switch (section) {
+    case name: return QString::fromStdString(translate("Orbisk", "Name"));
+    case size: return QString::fromStdString(translate("Orbisk", "Size"));
+    case date: return QString::fromStdString(translate("Orbisk", "Date Modified"));
+    case kind: return QString::fromStdString(translate("Orbisk", "Kind"));
+    default: return {};
+    }
+}
+
+} // namespace orbisk
