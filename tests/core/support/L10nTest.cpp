@@ -66,7 +66,8 @@ TEST(DisplayText, ShowsEveryByteAndHidesNothing)
     EXPECT_EQ(DisplayText::visible("a\nb\tc"), "a\\nb\\tc");
     EXPECT_EQ(DisplayText::visible("evil\u202Etxt.exe"), "evil\\u{202E}txt.exe");
     EXPECT_EQ(DisplayText::visible("zero\u200Bwidth"), "zero\\u{200B}width");
-    EXPECT_EQ(DisplayText::visible("👨‍👩‍👧 family"), "👨‍👩‍👧 family") << "joiners inside emoji stay";
+    EXPECT_EQ(DisplayText::visible("👨‍👩‍👧 family"), "👨‍👩‍👧 family")
+        << "joiners inside emoji stay";
     EXPECT_EQ(DisplayText::visible("\xF0\x9F"), "\\xF0\\x9F") << "a truncated sequence shows each byte";
 }
 
@@ -88,9 +89,16 @@ TEST(DisplayText, IsolatesOnlyWhatCouldReorderTheLine)
 TEST(ByteCount, UsesDecimalUnitsAsFileManagersDo)
 {
     const std::pair<std::int64_t, const char*> cases[] = {
-        {0, "0 bytes"},          {1, "1 byte"},           {999, "999 bytes"},       {1000, "1.0 kB"},
-        {1234, "1.2 kB"},        {99'949, "99.9 kB"},     {123'456, "123 kB"},      {999'960, "1.0 MB"},
-        {1'200'000'000, "1.2 GB"}, {5'000'000'000'000, "5.0 TB"},
+        {0, "0 bytes"},
+        {1, "1 byte"},
+        {999, "999 bytes"},
+        {1000, "1.0 kB"},
+        {1234, "1.2 kB"},
+        {99'949, "99.9 kB"},
+        {123'456, "123 kB"},
+        {999'960, "1.0 MB"},
+        {1'200'000'000, "1.2 GB"},
+        {5'000'000'000'000, "5.0 TB"},
     };
     for (const auto& [bytes, text] : cases)
         EXPECT_EQ(formatByteCount(bytes), text) << bytes;

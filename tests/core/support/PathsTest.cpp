@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "support/Paths.h"
-#include "support/UnicodeText.h"
 #include "support/TempTree.h"
+#include "support/UnicodeText.h"
 
 namespace orbisk {
 namespace {
