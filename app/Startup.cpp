@@ -67,7 +67,7 @@ int run(int argc, char** argv)
         [](const char* context, const char* key) { return QCoreApplication::translate(context, key).toStdString(); });
 
     std::vector<std::string> languages;
-    for (const auto& language : QLocale::uiLanguages())
+    for (const auto& language : QLocale::system().uiLanguages())
         languages.push_back(language.toStdString());
     const bool rightToLeft = decideRightToLeft(explicitChoice, languages);
     QApplication::setLayoutDirection(rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);

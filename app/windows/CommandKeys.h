@@ -4,12 +4,12 @@
 #include <QKeySequence>
 #include <QList>
 
-#include <string_view>
+#include "shortcuts/ShortcutCommand.h"
 
 namespace orbisk::CommandKeys {
 
-/// The key sequences the catalog lists for the command with this identifier; none when the
-/// catalog has no row for it.
-[[nodiscard]] QList<QKeySequence> keys(std::string_view identifier);
+/// The key sequences the catalog binds to command, in table order; none when the view handles the
+/// command without a key of its own.
+[[nodiscard]] QList<QKeySequence> keys(ShortcutCommand command);
 
 } // namespace orbisk::CommandKeys

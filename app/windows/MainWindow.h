@@ -4,11 +4,13 @@
 #include "panes/KindTexts.h"
 #include "panes/PaneTab.h"
 #include "places/RecentLocations.h"
+#include "shortcuts/ShortcutCommand.h"
 
 #include <QMainWindow>
 
 #include <array>
 #include <filesystem>
+#include <map>
 #include <string_view>
 
 class QAction;
@@ -40,8 +42,8 @@ public:
     [[nodiscard]] Side activeSide() const { return active_; }
     [[nodiscard]] PaneViewController& activePane() const { return pane(active_); }
     void setActiveSide(Side side);
-    /// The command with this catalog identifier, for tests and the function-key bar.
-    [[nodiscard]] QAction* command(std::string_view identifier) const;
+    /// The action of a catalog command; nothing for commands the main window does not have.
+    [[nodiscard]] QAction* command(ShortcutCommand identifier) const;
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -51,8 +53,8 @@ private:
     [[nodiscard]] Side otherSide() const { return active_ == Side::left ? Side::right : Side::left; }
     void buildCommands();
     void buildFunctionKeys();
-    QAction* addCommand(QMenu* menu, std::string_view identifier, const std::string& title);
-    QAction* addLaterCommand(QMenu* menu, std::string_view identifier, const std::string& title);
+    QAction* addCommand(QMenu* menu, ShortcutCommand identifier, const std::string& title);
+    QAction* addLaterCommand(QMenu* menu, ShortcutCommand identifier, const std::string& title);
     void updateCommands();
     void updateTitle();
     void goToFolder();
@@ -74,7 +76,8 @@ private:
     Sidebar* sidebar_ = nullptr;
     FunctionKeyBar* keyBar_ = nullptr;
     VolumeMonitor* volumes_ = nullptr;
-    std::vector<std::pair<std::string, QAction*>> commands_;
+    std::map<ShortcutCommand, QAction*> commands_;
+    QAction* functionKeyBarToggle_ = nullptr;
 };
 
 } // namespace orbisk
