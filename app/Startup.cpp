@@ -42,6 +42,16 @@ bool decideRightToLeft(std::optional<bool> explicitChoice, const std::vector<std
     return QLocale(QString::fromStdString(uiLanguages.front())).textDirection() == Qt::RightToLeft;
 }
 
+void installTranslatorHook()
+{
+    setTranslatorHook([](const char* context, const char* key) -> std::string {
+        // Qt hands back the key itself when it has no translation; the core then drops the
+        // "||context" part of the key on its own.
+        const auto translated = QCoreApplication::translate(context, key);
+        return translated == QString::fromUtf8(key) ? std::string() : translated.toStdString();
+    });
+}
+
 int run(int argc, char** argv)
 {
     const std::vector<std::string> arguments(argv, argv + argc);
@@ -63,8 +73,7 @@ int run(int argc, char** argv)
     QTranslator translator;
     if (translator.load(QLocale(), "orbisk", "_", ":/i18n"))
         QCoreApplication::installTranslator(&translator);
-    setTranslatorHook(
-        [](const char* context, const char* key) { return QCoreApplication::translate(context, key).toStdString(); });
+    installTranslatorHook();
 
     std::vector<std::string> languages;
     for (const auto& language : QLocale::system().uiLanguages())

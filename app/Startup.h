@@ -19,6 +19,9 @@ namespace orbisk::Startup {
 /// character direction of the first preferred language ("he-IL", "ar"); left to right without one.
 [[nodiscard]] bool decideRightToLeft(std::optional<bool> explicitChoice, const std::vector<std::string>& uiLanguages);
 
+/// Lets the core's translate() look texts up in the installed Qt translators.
+void installTranslatorHook();
+
 /// The whole program: prints the shortcut list and returns 0 before any application object exists
 /// when asked to, otherwise runs the main window until the user quits.
 int run(int argc, char** argv);

@@ -11,6 +11,21 @@
 #include <QStyle>
 
 namespace orbisk {
+namespace {
+
+// The locale's short date with hours and minutes: seconds only widen the column.
+const QString& dateFormat()
+{
+    static const QString format = [] {
+        const QLocale locale;
+        auto time = locale.timeFormat(QLocale::ShortFormat);
+        time.remove(QStringLiteral(":ss"));
+        return locale.dateFormat(QLocale::ShortFormat) + QLatin1Char(' ') + time;
+    }();
+    return format;
+}
+
+} // namespace
 
 FileListModel::FileListModel(const std::vector<FileItem>& rows, KindTexts& kinds, QObject* parent)
     : QAbstractTableModel(parent), rows_(rows), kinds_(kinds)
@@ -71,7 +86,7 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
                 return {};
             const auto milliseconds =
                 std::chrono::duration_cast<std::chrono::milliseconds>(item.modificationDate->time_since_epoch());
-            return QLocale().toString(QDateTime::fromMSecsSinceEpoch(milliseconds.count()), QLocale::ShortFormat);
+            return QLocale().toString(QDateTime::fromMSecsSinceEpoch(milliseconds.count()), dateFormat());
         }
         case kind: return QString::fromStdString(kinds_.describe(item));
         default: return {};

@@ -109,7 +109,7 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
     buildFunctionKeys();
     keyBar_->setVisible(settings_.showFunctionKeyBar());
     refreshFavorites();
-    resize(1200, 720);
+    resize(1360, 860);
     setActiveSide(Side::left);
 }
 

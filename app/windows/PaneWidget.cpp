@@ -66,8 +66,8 @@ PaneWidget::PaneWidget(PaneViewController& pane, KindTexts& kinds, QWidget* pare
     auto* columns = list_->horizontalHeader();
     columns->setSectionResizeMode(FileListModel::name, QHeaderView::Stretch);
     columns->resizeSection(FileListModel::size, 80);
-    columns->resizeSection(FileListModel::date, 140);
-    columns->resizeSection(FileListModel::kind, 140);
+    columns->resizeSection(FileListModel::date, 150);
+    columns->resizeSection(FileListModel::kind, 150);
 
     status_ = new QLabel(this);
     busy_ = new QLabel(qtext(translate("Orbisk", "Loading…")), this);

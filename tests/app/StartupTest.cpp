@@ -2,6 +2,7 @@
 #include "Startup.h"
 #include "shortcuts/ShortcutCatalog.h"
 #include "support/Processes.h"
+#include "support/Translate.h"
 #include "windows/ShortcutsDialog.h"
 
 #include <QLabel>
@@ -50,6 +51,14 @@ TEST(StartupTest, ExplicitDirectionWinsOverTheFirstLanguage)
         SCOPED_TRACE(c.arguments.back() + " / " + (c.languages.empty() ? "" : c.languages.front()));
         EXPECT_EQ(Startup::decideRightToLeft(Startup::explicitRightToLeft(c.arguments), c.languages), c.rightToLeft);
     }
+}
+
+TEST(StartupTest, CoreTextsGoThroughQtWithoutTheirContextSuffix)
+{
+    Startup::installTranslatorHook();
+    EXPECT_EQ(translate("Orbisk", "View||function key"), "View");
+    EXPECT_EQ(translate("Orbisk", "Folder"), "Folder");
+    setTranslatorHook({});
 }
 
 TEST(StartupTest, PrintShortcutsWorksWithoutADisplay)
