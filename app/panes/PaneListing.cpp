@@ -7,18 +7,20 @@
 
 namespace orbisk::PaneListing {
 
-std::vector<FileItem> rows(const PaneTab& tab, bool directoriesFirst, const Describe& describe)
+std::vector<FileItem> rows(const std::filesystem::path& folder, const std::vector<FileItem>& items,
+                           const Arrangement& arrangement, const Describe& describe)
 {
     std::vector<FileItem> shown;
-    const NameFilter filter(tab.filter);
-    shown.reserve(tab.items.size() + 1);
-    for (const auto& item : tab.items) {
+    const NameFilter filter(arrangement.filter);
+    shown.reserve(items.size() + 1);
+    for (const auto& item : items) {
         if (filter.matches(item.name()))
             shown.push_back(item);
     }
-    shown = FileSorter::sorted(std::move(shown), tab.sort, directoriesFirst, tab.folderSizes, describe);
-    if (tab.directory != "/")
-        shown.insert(shown.begin(), FileItem::parentLink(tab.directory));
+    shown = FileSorter::sorted(std::move(shown), arrangement.sort, arrangement.directoriesFirst,
+                               arrangement.folderSizes, describe);
+    if (folder != "/")
+        shown.insert(shown.begin(), FileItem::parentLink(folder));
     return shown;
 }
 

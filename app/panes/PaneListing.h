@@ -12,11 +12,21 @@
 
 namespace orbisk::PaneListing {
 
+/// The kind text of an item; must be callable from a worker thread.
 using Describe = std::function<std::string(const FileItem&)>;
 
-/// The rows a pane shows for tab: its items filtered by the tab's filter and sorted by its sort
-/// (folders first when asked), with the ".." row on top except at "/".
-[[nodiscard]] std::vector<FileItem> rows(const PaneTab& tab, bool directoriesFirst, const Describe& describe);
+/// What decides the rows besides the items themselves.
+struct Arrangement {
+    std::string filter;
+    SortSpec sort;
+    bool directoriesFirst = true;
+    FolderSizes folderSizes;
+};
+
+/// The rows a pane shows for the items of folder: filtered, sorted (folders first when asked),
+/// with the ".." row on top except at "/". Pure; any thread, given a describe that is.
+[[nodiscard]] std::vector<FileItem> rows(const std::filesystem::path& folder, const std::vector<FileItem>& items,
+                                         const Arrangement& arrangement, const Describe& describe);
 
 /// "%lld items", or "%lld of %lld selected, %@" with the selected bytes; " (filtered from %lld)"
 /// follows when a filter hides some. Counts never include the ".." row.

@@ -17,7 +17,21 @@ struct PaneViewController::LoadResult {
     std::expected<std::vector<FileItem>, std::error_code> items;
     std::filesystem::path mountPoint;
     std::optional<Paths::VolumeCapacity> capacity;
+    // Filtering and sorting a large folder takes as long as reading it, so the worker does both;
+    // the rows are used only if the tab still wants this arrangement when they arrive.
+    PaneListing::Arrangement arrangement;
+    std::vector<FileItem> rows;
 };
+
+namespace {
+
+bool sameArrangement(const PaneListing::Arrangement& a, const PaneListing::Arrangement& b)
+{
+    return a.filter == b.filter && a.sort == b.sort && a.directoriesFirst == b.directoriesFirst &&
+           a.folderSizes == b.folderSizes;
+}
+
+} // namespace
 
 PaneViewController::PaneViewController(Side side, PaneServices services, QObject* parent)
     : QObject(parent), side_(side), services_(std::move(services))
@@ -64,18 +78,23 @@ void PaneViewController::navigate(const std::filesystem::path& to, std::optional
 
     auto read = services_.read;
     auto mounts = services_.mounts;
+    auto describe = services_.describe;
     const bool includeHidden = services_.settings->showHiddenFiles();
+    auto arrangement = arrangementFor(activeTab());
+    if (to != activeTab().directory)
+        arrangement.folderSizes.clear();
     auto* watcher = new QFutureWatcher<LoadResult>(this);
     connect(watcher, &QFutureWatcherBase::finished, this,
             [this, watcher, generation, asker, to, mode, select = std::move(select), scrollY, quiet] {
                 watcher->deleteLater();
                 deliver(generation, asker, mode, select, scrollY, quiet, to, watcher->result());
             });
-    watcher->setFuture(QtConcurrent::run([read, mounts, to, includeHidden] {
-        LoadResult result{read(to, includeHidden), {}, {}};
+    watcher->setFuture(QtConcurrent::run([read, mounts, describe, to, includeHidden, arrangement] {
+        LoadResult result{read(to, includeHidden), {}, {}, arrangement, {}};
         if (result.items) {
             result.mountPoint = MountTable::mountPointOf(to, mounts());
             result.capacity = Paths::volumeCapacity(to);
+            result.rows = PaneListing::rows(to, *result.items, arrangement, describe);
         }
         return result;
     }));
@@ -138,7 +157,11 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
         notice_.reset();
     freeSpace_ = PaneListing::freeSpaceText(result.capacity);
 
-    applyListing(select, sameFolder && !scrollY ? std::optional<double>() : std::optional<double>(scrollY.value_or(0)));
+    std::optional<std::vector<FileItem>> rows;
+    if (sameArrangement(result.arrangement, arrangementFor(current)))
+        rows = std::move(result.rows);
+    applyListing(select, sameFolder && !scrollY ? std::optional<double>() : std::optional<double>(scrollY.value_or(0)),
+                 std::move(rows));
     if (!quiet) {
         startWatching();
         emit visited(to);
@@ -178,10 +201,17 @@ void PaneViewController::loadFailed(const std::filesystem::path& to, std::error_
         navigate(destination, {}, current.directory == to ? HistoryMode::reload : HistoryMode::push);
 }
 
-void PaneViewController::applyListing(std::optional<std::string> select, std::optional<double> scrollY)
+PaneListing::Arrangement PaneViewController::arrangementFor(const PaneTab& tab) const
+{
+    return {tab.filter, tab.sort, services_.settings->directoriesFirst(), tab.folderSizes};
+}
+
+void PaneViewController::applyListing(std::optional<std::string> select, std::optional<double> scrollY,
+                                      std::optional<std::vector<FileItem>> rows)
 {
     auto& tab = activeTab();
-    rows_ = PaneListing::rows(tab, services_.settings->directoriesFirst(), services_.describe);
+    rows_ =
+        rows ? std::move(*rows) : PaneListing::rows(tab.directory, tab.items, arrangementFor(tab), services_.describe);
     selected_.assign(rows_.size(), false);
     focusRow_ = rows_.empty() ? -1 : 0;
     const std::optional<std::string> focusName = select ? select : tab.focusedName;

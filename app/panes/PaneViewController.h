@@ -29,6 +29,7 @@ class FolderWatch;
 /// What a pane needs from around it. Intervals are in milliseconds so that tests can shorten them.
 struct PaneServices {
     AppSettings* settings = nullptr;
+    /// Kind texts for sorting by kind; called on worker threads.
     PaneListing::Describe describe;
     /// Reads a folder; runs on a worker thread. Empty means DirectoryReader::read.
     std::function<std::expected<std::vector<FileItem>, std::error_code>(const std::filesystem::path&, bool)> read;
@@ -132,7 +133,9 @@ private:
     void deliver(int generation, const PaneTab* tab, HistoryMode mode, std::optional<std::string> select,
                  std::optional<double> scrollY, bool quiet, const std::filesystem::path& to, LoadResult result);
     void loadFailed(const std::filesystem::path& to, std::error_code error);
-    void applyListing(std::optional<std::string> select, std::optional<double> scrollY);
+    [[nodiscard]] PaneListing::Arrangement arrangementFor(const PaneTab& tab) const;
+    void applyListing(std::optional<std::string> select, std::optional<double> scrollY,
+                      std::optional<std::vector<FileItem>> rows = {});
     void rememberTabState();
     void showActiveTab();
     void startWatching();

@@ -105,6 +105,15 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
     return {};
 }
 
+Qt::ItemFlags FileListModel::flags(const QModelIndex& index) const
+{
+    if (!index.isValid() || static_cast<std::size_t>(index.row()) >= rows_.size())
+        return Qt::NoItemFlags;
+    if (rows_[static_cast<std::size_t>(index.row())].isParentLink)
+        return Qt::ItemIsEnabled;
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemNeverHasChildren;
+}
+
 QVariant FileListModel::headerData(int section, Qt::Orientation orientation, int role) const
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)

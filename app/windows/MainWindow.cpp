@@ -1,5 +1,7 @@
 #include "windows/MainWindow.h"
 
+#include "files/FileKind.h"
+
 #include "AppSettings.h"
 #include "panes/PaneViewController.h"
 #include "panes/SessionState.h"
@@ -42,7 +44,7 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
     for (const Side side : {Side::left, Side::right}) {
         PaneServices services;
         services.settings = &settings_;
-        services.describe = [this](const FileItem& item) { return kinds_.describe(item); };
+        services.describe = [](const FileItem& item) { return FileKind::describe(item, &KindTexts::typeDescription); };
         services.openFile = openWithDefaultApplication;
         auto* pane = new PaneViewController(side, std::move(services), this);
         panes_[index(side)] = pane;

@@ -203,6 +203,22 @@ TEST(PaneLoadingTest, StaleResultsNeverReplaceNewerOnes)
     }
 }
 
+TEST(PaneLoadingTest, SortChosenWhileLoadingWinsOverTheWorkersOrder)
+{
+    TempTree slowTree;
+    slowTree.file("a", "1");
+    slowTree.file("b", "333");
+    slowTree.file("c", "22");
+    GatedReader gate{slowTree.root()};
+    PaneHarness h(gate.services());
+    auto& pane = h.pane();
+    pane.navigate(slowTree.root());
+    pane.setSort({SortColumn::size, false});
+    gate.release->set_value();
+    ASSERT_TRUE(h.settle());
+    EXPECT_THAT(h.names(), ElementsAre("..", "b", "c", "a"));
+}
+
 TEST(PaneLoadingTest, QuickLoadsNeverShowTheBusyIndicator)
 {
     PaneHarness h;
