@@ -117,6 +117,8 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
 
     auto& current = activeTab();
     const bool sameFolder = current.hasLoaded && current.directory == to;
+    if (sameFolder && mode == HistoryMode::push)
+        mode = HistoryMode::reload; // choosing the folder already shown adds no history
     if (current.hasLoaded) {
         const auto focused = focusedItem();
         HistoryEntry left{current.directory, {}, scrollY_};

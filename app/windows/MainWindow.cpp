@@ -91,8 +91,12 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
     sidebar_->setVolumes(MountTable::userVolumes(volumes_->mounts()));
     connect(volumes_, &VolumeMonitor::mountsChanged, this,
             [this] { sidebar_->setVolumes(MountTable::userVolumes(volumes_->mounts())); });
-    connect(sidebar_, &Sidebar::folderChosen, this,
-            [this](const std::filesystem::path& folder) { activePane().navigate(folder); });
+    connect(sidebar_, &Sidebar::folderChosen, this, [this](const std::filesystem::path& folder) {
+        activePane().navigate(folder);
+        paneWidget(active_).list()->setFocus(Qt::OtherFocusReason);
+    });
+    connect(sidebar_, &Sidebar::leaveRequested, this,
+            [this] { paneWidget(active_).list()->setFocus(Qt::OtherFocusReason); });
     connect(sidebar_, &Sidebar::removeFavorite, this, [this](const std::filesystem::path& folder) {
         settings_.setFavoriteLocations(Favorites::removed(settings_.favoriteLocations(), folder));
     });
@@ -127,8 +131,7 @@ void MainWindow::restoreSession()
     }
     pane(Side::left).restore(saved->left);
     pane(Side::right).restore(saved->right);
-    const int share = static_cast<int>(saved->dividerRatio * 10000);
-    divider_->setSizes({share, 10000 - share});
+    setDividerRatio(saved->dividerRatio);
     setActiveSide(saved->activeIsRight ? Side::right : Side::left);
 }
 
@@ -138,11 +141,23 @@ void MainWindow::saveSession()
     state.left = pane(Side::left).session();
     state.right = pane(Side::right).session();
     state.activeIsRight = active_ == Side::right;
-    const auto sizes = divider_->sizes();
-    const int total = sizes.value(0) + sizes.value(1);
-    state.dividerRatio = total > 0 ? static_cast<double>(sizes.value(0)) / total : 0.5;
+    state.dividerRatio = dividerRatio();
     settings_.setSession(SessionCoding::encode(state));
     settings_.sync();
+}
+
+double MainWindow::dividerRatio() const
+{
+    const auto sizes = divider_->sizes();
+    const int total = sizes.value(0) + sizes.value(1);
+    return total > 0 ? static_cast<double>(sizes.value(0)) / total : 0.5;
+}
+
+void MainWindow::setDividerRatio(double ratio)
+{
+    // The splitter shares out its real width in these proportions once it is laid out.
+    const int share = static_cast<int>(ratio * 10000);
+    divider_->setSizes({share, 10000 - share});
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

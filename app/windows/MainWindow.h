@@ -42,6 +42,9 @@ public:
     [[nodiscard]] Side activeSide() const { return active_; }
     [[nodiscard]] PaneViewController& activePane() const { return pane(active_); }
     void setActiveSide(Side side);
+    /// The left pane's share of the width of both panes.
+    [[nodiscard]] double dividerRatio() const;
+    void setDividerRatio(double ratio);
     /// The action of a catalog command; nothing for commands the main window does not have.
     [[nodiscard]] QAction* command(ShortcutCommand identifier) const;
 

@@ -7,6 +7,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QStandardPaths>
 #include <QStyle>
@@ -111,6 +112,15 @@ std::filesystem::path Sidebar::userFolder(int standardLocation)
     const auto bytes = QFile::encodeName(location);
     std::filesystem::path folder(std::string(bytes.constData(), static_cast<std::size_t>(bytes.size())));
     return Paths::isExistingFolder(folder) ? folder : std::filesystem::path();
+}
+
+void Sidebar::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        emit leaveRequested();
+        return;
+    }
+    QTreeWidget::keyPressEvent(event);
 }
 
 void Sidebar::fill(QTreeWidgetItem* sectionItem, const std::vector<std::pair<QString, std::filesystem::path>>& entries)

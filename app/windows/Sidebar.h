@@ -27,6 +27,11 @@ signals:
     void folderChosen(const std::filesystem::path& folder);
     void removeFavorite(const std::filesystem::path& folder);
     void moveFavorite(std::size_t from, std::size_t to);
+    /// Esc: the keyboard goes back to the active pane.
+    void leaveRequested();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void fill(QTreeWidgetItem* section, const std::vector<std::pair<QString, std::filesystem::path>>& entries);

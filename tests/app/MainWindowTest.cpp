@@ -103,6 +103,8 @@ TEST_F(MainWindowTest, SessionComesBackInTheNextWindow)
     window_->setActiveSide(Side::right);
     window_->pane(Side::right).newTab();
     window_->pane(Side::right).setSort({SortColumn::size, false});
+    window_->setDividerRatio(0.3);
+    QApplication::processEvents();
     ASSERT_TRUE(settled());
     window_->close();
 
@@ -115,6 +117,16 @@ TEST_F(MainWindowTest, SessionComesBackInTheNextWindow)
     EXPECT_EQ(next.pane(Side::right).activeTabIndex(), 1);
     EXPECT_EQ(next.pane(Side::right).activeTab().sort, (SortSpec{SortColumn::size, false}));
     EXPECT_EQ(next.pane(Side::right).directory(), home_ / "right");
+    next.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&next));
+    EXPECT_NEAR(next.dividerRatio(), 0.3, 0.02);
+
+    settings_->setSession("{\"left\": 3}");
+    MainWindow fresh(*settings_);
+    fresh.restoreSession();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !fresh.pane(Side::left).isLoading(); }));
+    EXPECT_EQ(fresh.pane(Side::left).directory(), home_.root()) << "an unreadable session starts at home";
+    EXPECT_EQ(fresh.pane(Side::left).tabs().size(), 1u);
 }
 
 TEST_F(MainWindowTest, LaterFeaturesAreShownButDisabled)
