@@ -274,8 +274,11 @@ void MainWindow::goToFolder()
         const auto typed = text.toStdString();
         const auto folder = Paths::expandTypedPath(typed, pane.directory());
         if (!Paths::isExistingFolder(folder)) {
-            QMessageBox::warning(this, qtext(translate("Orbisk", "Go to Folder")),
-                                 qtext(L(translate("Orbisk", "There is no folder at “%@”."), folder.native())));
+            auto* message = new QMessageBox(
+                QMessageBox::Warning, qtext(translate("Orbisk", "Go to Folder")),
+                qtext(L(translate("Orbisk", "There is no folder at “%@”."), folder.native())), QMessageBox::Ok, this);
+            message->setAttribute(Qt::WA_DeleteOnClose);
+            message->open();
             return;
         }
         pane.navigate(folder);

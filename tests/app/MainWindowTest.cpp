@@ -8,6 +8,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QInputDialog>
+#include <QMessageBox>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -127,6 +129,34 @@ TEST_F(MainWindowTest, SessionComesBackInTheNextWindow)
     ASSERT_TRUE(QTest::qWaitFor([&] { return !fresh.pane(Side::left).isLoading(); }));
     EXPECT_EQ(fresh.pane(Side::left).directory(), home_.root()) << "an unreadable session starts at home";
     EXPECT_EQ(fresh.pane(Side::left).tabs().size(), 1u);
+}
+
+TEST_F(MainWindowTest, GoToFolderReadsRelativePathsAndSaysWhenThereIsNoSuchFolder)
+{
+    auto& left = window_->pane(Side::left);
+    const auto answer = [&](const QString& typed) {
+        window_->command(ShortcutCommand::goToFolder)->trigger();
+        auto* dialog = window_->findChild<QInputDialog*>();
+        ASSERT_NE(dialog, nullptr);
+        dialog->setTextValue(typed);
+        dialog->accept();
+        QApplication::processEvents();
+    };
+    answer(QStringLiteral("../right"));
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(left.directory(), home_ / "right");
+
+    answer(QStringLiteral("~/left/inner"));
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(left.directory(), home_ / "left/inner");
+
+    answer(QStringLiteral("nowhere"));
+    auto* message = window_->findChild<QMessageBox*>();
+    ASSERT_NE(message, nullptr);
+    EXPECT_EQ(message->text().toStdString(),
+              "There is no folder at “" + (home_ / "left/inner/nowhere").native() + "”.");
+    EXPECT_EQ(left.directory(), home_ / "left/inner");
+    message->close();
 }
 
 TEST_F(MainWindowTest, LaterFeaturesAreShownButDisabled)
