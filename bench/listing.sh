@@ -39,19 +39,20 @@ fi
 
 median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 
-# seconds of one run of a command, output discarded
+# "wall cpu" seconds of one run of a command, output discarded; cpu is user + system time, which
+# other people's work on a shared machine disturbs far less than the wall clock
 seconds() {
-  local start end
-  start=$(date +%s.%N)
-  "$@" >/dev/null
-  end=$(date +%s.%N)
-  awk -v a="$start" -v b="$end" 'BEGIN { printf "%.6f\n", b - a }'
+  local out
+  out=$(mktemp)
+  /usr/bin/time -f '%e %U %S' -o "$out" "$@" >/dev/null 2>&1
+  awk '{ printf "%.3f %.3f\n", $1, $2 + $3 }' "$out"
+  rm -f "$out"
 }
 
 # peak resident memory in kilobytes
 peak() { /usr/bin/time -f %M "$@" 2>&1 >/dev/null | tail -1; }
 
-declare -A times
+declare -A wall cpu
 commands=(cli ls find core floor)
 run_one() {
   case $1 in
@@ -66,20 +67,29 @@ run_one() {
 # one untimed pass to warm the dentry and inode caches for everyone alike
 for c in "${commands[@]}"; do run_one "$c" >/dev/null; done
 for ((r = 0; r < runs; r++)); do
-  for c in "${commands[@]}"; do times[$c]+="$(run_one "$c") "; done
+  for c in "${commands[@]}"; do
+    read -r w u < <(run_one "$c")
+    wall[$c]+="$w "
+    cpu[$c]+="$u "
+  done
 done
 for c in "${commands[@]}"; do
-  times[$c]=$(tr ' ' '\n' <<<"${times[$c]}" | grep . | median)
+  wall[$c]=$(tr ' ' '\n' <<<"${wall[$c]}" | grep . | median)
+  cpu[$c]=$(tr ' ' '\n' <<<"${cpu[$c]}" | grep . | median)
 done
 
-ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f\n", a / b }'; }
+ratio() { awk -v a="$1" -v b="$2" 'BEGIN { printf "%.2f", a / b }'; }
 echo "files: $count in $dir, $runs alternating runs, medians in seconds"
-printf '%-44s %8.3f\n' "orbisk-cli list --names (read + sort by name)" "${times[cli]}" \
-  "ls -l" "${times[ls]}" "find -maxdepth 1 -printf '%s %T@ %y\\n'" "${times[find]}" \
-  "list_core (DirectoryReader::read)" "${times[core]}" "list_floor (readdir + fstatat)" "${times[floor]}"
-echo "orbisk-cli list / ls -l:  $(ratio "${times[cli]}" "${times[ls]}")"
-echo "orbisk-cli list / find:   $(ratio "${times[cli]}" "${times[find]}")"
-echo "read / floor:             $(ratio "${times[core]}" "${times[floor]}")"
+printf '%-46s %8s %8s\n' "" wall cpu
+row() { printf '%-46s %8.3f %8.3f\n' "$1" "${wall[$2]}" "${cpu[$2]}"; }
+row "orbisk-cli list --names (read + sort by name)" cli
+row "ls -l" ls
+row "find -maxdepth 1 -printf '%s %T@ %y\n'" find
+row "list_core (DirectoryReader::read)" core
+row "list_floor (readdir + fstatat)" floor
+echo "orbisk-cli list / ls -l:  wall $(ratio "${wall[cli]}" "${wall[ls]}"), cpu $(ratio "${cpu[cli]}" "${cpu[ls]}")"
+echo "orbisk-cli list / find:   wall $(ratio "${wall[cli]}" "${wall[find]}"), cpu $(ratio "${cpu[cli]}" "${cpu[find]}")"
+echo "read / floor:             wall $(ratio "${wall[core]}" "${wall[floor]}"), cpu $(ratio "${cpu[core]}" "${cpu[floor]}")"
 
 # Memory: the read's peak against an empty folder's, per item, minus the bytes of the names.
 empty=$(mktemp -d)

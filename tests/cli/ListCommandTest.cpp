@@ -100,7 +100,6 @@ TEST(ListCommand, FailsWithAMessageOrTheUsage)
         {{(tree / "file").native()}, 1, "Not a directory"},
         {{}, 2, "usage: orbisk-cli list"},
         {{"--sort", "type", tree.root()}, 2, "usage: orbisk-cli list"},
-        {{"--sort"}, 2, "usage: orbisk-cli list"},
         {{"--filter"}, 2, "usage: orbisk-cli list"},
         {{"--bogus", tree.root()}, 2, "unknown option --bogus"},
         {{tree.root(), tree.root()}, 2, "only one folder"},
