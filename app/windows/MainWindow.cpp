@@ -18,6 +18,7 @@
 #include <QCloseEvent>
 #include <QDesktopServices>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QSplitter>
 #include <QUrl>
 #include <QVBoxLayout>
@@ -60,6 +61,11 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
         connect(pane, &PaneViewController::locationChanged, this, [this] {
             updateTitle();
             updateCommands();
+        });
+        connect(pane, &PaneViewController::openFailed, this, [this](const QString& message) {
+            auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Orbisk"), message, QMessageBox::Ok, this);
+            box->setAttribute(Qt::WA_DeleteOnClose);
+            box->open();
         });
         connect(pane, &PaneViewController::visited, this, [this](const std::filesystem::path& folder) {
             recent_.visit(folder);

@@ -12,6 +12,7 @@
 #include <QMessageBox>
 #include <QTest>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <memory>
@@ -98,6 +99,53 @@ TEST_F(MainWindowTest, TabReturnAndAltLeftDriveTheActivePane)
     EXPECT_EQ(left.directory(), home_.root());
     ASSERT_TRUE(left.focusedItem());
     EXPECT_EQ(left.focusedItem()->name(), "left");
+}
+
+TEST_F(MainWindowTest, PaneCommandsFromTheKeyboard)
+{
+    auto& left = window_->pane(Side::left);
+    auto& right = window_->pane(Side::right);
+    window_->setActiveSide(Side::left);
+
+    press(Qt::Key_A, Qt::ControlModifier); // select all
+    auto* selection = window_->paneWidget(Side::left).list()->selectionModel();
+    EXPECT_EQ(selection->selectedRows().size(), 2);
+    EXPECT_FALSE(selection->isRowSelected(0, {})) << "\"..\" is never part of select all";
+    EXPECT_EQ(left.selectedNames(), (std::set<std::string>{"inner", "file.txt"}));
+    press(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier); // deselect all
+    EXPECT_TRUE(selection->selectedRows().isEmpty());
+
+    press(Qt::Key_U, Qt::ControlModifier); // swap panes
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(left.directory(), home_ / "right");
+    EXPECT_EQ(right.directory(), home_ / "left");
+
+    press(Qt::Key_U, Qt::ControlModifier | Qt::AltModifier); // same folder in the other pane
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(right.directory(), home_ / "right");
+
+    press(Qt::Key_T, Qt::ControlModifier); // new tab
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(left.tabs().size(), 2u);
+    EXPECT_TRUE(window_->command(ShortcutCommand::closeTab)->isEnabled());
+    press(Qt::Key_W, Qt::ControlModifier);
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(left.tabs().size(), 1u);
+    EXPECT_FALSE(window_->command(ShortcutCommand::closeTab)->isEnabled());
+
+    press(Qt::Key_Up, Qt::AltModifier); // enclosing folder
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(left.directory(), home_.root());
+
+    press(Qt::Key_F, Qt::ControlModifier);
+    auto* filter = window_->paneWidget(Side::left).filterField();
+    EXPECT_EQ(focused(), filter);
+    QTest::keyClicks(filter, "lef");
+    EXPECT_EQ(left.rows().size(), 2u) << "\"..\" and \"left\"";
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(filter->text().isEmpty());
+    EXPECT_EQ(focused(), window_->paneWidget(Side::left).list());
+    EXPECT_EQ(left.rows().size(), 3u);
 }
 
 TEST_F(MainWindowTest, SessionComesBackInTheNextWindow)

@@ -98,6 +98,53 @@ TEST(PaneListingTest, HiddenNamesFollowTheSettingAndNumbersSortByValue)
     EXPECT_GE(rows.count(), 1);
 }
 
+TEST(PaneListingTest, SettingsApplyAtOnceAndOpeningAFileGoesToItsApplication)
+{
+    std::vector<std::filesystem::path> opened;
+    PaneServices services;
+    services.openFile = [&](const std::filesystem::path& file) {
+        opened.push_back(file);
+        return file.filename() != "broken.txt";
+    };
+    PaneHarness h(services);
+    h.tree().folder("b-folder");
+    h.tree().file("a-file.txt");
+    h.tree().file("broken.txt");
+    auto& pane = h.pane();
+    ASSERT_TRUE(h.go(h.tree().root()));
+    EXPECT_THAT(h.names(), ElementsAre("..", "b-folder", "a-file.txt", "broken.txt"));
+
+    h.settings().setDirectoriesFirst(false);
+    pane.preferencesChanged();
+    ASSERT_TRUE(h.settle());
+    EXPECT_THAT(h.names(), ElementsAre("..", "a-file.txt", "b-folder", "broken.txt"));
+
+    QSignalSpy failures(&pane, &PaneViewController::openFailed);
+    pane.openRow(h.rowOf("a-file.txt"));
+    pane.openRow(h.rowOf("broken.txt"));
+    EXPECT_EQ(opened, (std::vector<std::filesystem::path>{h.tree() / "a-file.txt", h.tree() / "broken.txt"}));
+    ASSERT_EQ(failures.count(), 1);
+    EXPECT_EQ(failures.front().front().toString(), QStringLiteral("“broken.txt” couldn’t be opened."));
+    EXPECT_EQ(pane.directory(), h.tree().root());
+
+    pane.openRow(h.rowOf("b-folder"));
+    ASSERT_TRUE(h.settle());
+    EXPECT_EQ(pane.directory(), h.tree() / "b-folder");
+    EXPECT_EQ(opened.size(), 2u) << "a folder is entered, never handed to an application";
+
+    // With watching off, a change on disk waits for the next refresh.
+    h.settings().setWatchDirectories(false);
+    pane.preferencesChanged();
+    const int generation = pane.loadGeneration();
+    h.tree().file("b-folder/late");
+    QTest::qWait(500);
+    EXPECT_EQ(pane.loadGeneration(), generation);
+    EXPECT_EQ(h.rowOf("late"), -1);
+    pane.reload();
+    ASSERT_TRUE(h.settle());
+    EXPECT_NE(h.rowOf("late"), -1);
+}
+
 TEST(PaneHistoryTest, UpSelectsTheFolderLeftAndBackRestoresTheFocusedRow)
 {
     PaneHarness h;
