@@ -152,11 +152,10 @@ void MainWindow::buildCommands()
     sidebar->setCheckable(true);
     sidebar->setChecked(true);
     connect(sidebar, &QAction::toggled, sidebar_, &QWidget::setVisible);
-    auto* keyBar = view->addAction(qtext(translate("Orbisk", "Show Function Key Bar")));
-    keyBar->setCheckable(true);
-    keyBar->setChecked(settings_.showFunctionKeyBar());
-    connect(keyBar, &QAction::triggered, this, [this](bool on) { settings_.setShowFunctionKeyBar(on); });
-    functionKeyBarToggle_ = keyBar;
+    // Named after what it will do, as the shortcut document refers to "View › Hide Function Key Bar".
+    functionKeyBarToggle_ = view->addAction(QString());
+    connect(functionKeyBarToggle_, &QAction::triggered, this,
+            [this] { settings_.setShowFunctionKeyBar(!settings_.showFunctionKeyBar()); });
     connect(addCommand(view, C::toggleFullScreen, translate("Orbisk", "Full Screen")), &QAction::triggered, this,
             [this] { setWindowState(windowState() ^ Qt::WindowFullScreen); });
 
@@ -259,7 +258,9 @@ void MainWindow::updateCommands()
     command(C::enclosingFolder)->setEnabled(pane.canGoUp());
     command(C::closeTab)->setEnabled(pane.tabs().size() > 1);
     command(C::toggleHiddenFiles)->setChecked(settings_.showHiddenFiles());
-    functionKeyBarToggle_->setChecked(settings_.showFunctionKeyBar());
+    functionKeyBarToggle_->setText(qtext(settings_.showFunctionKeyBar()
+                                             ? translate("Orbisk", "Hide Function Key Bar")
+                                             : translate("Orbisk", "Show Function Key Bar")));
 }
 
 void MainWindow::goToFolder()

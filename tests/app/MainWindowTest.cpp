@@ -4,6 +4,7 @@
 #include "panes/PaneViewController.h"
 #include "support/TempTree.h"
 #include "windows/FileListView.h"
+#include "windows/FunctionKeyBar.h"
 #include "windows/PaneWidget.h"
 
 #include <QAction>
@@ -217,6 +218,19 @@ TEST_F(MainWindowTest, LaterFeaturesAreShownButDisabled)
         ASSERT_NE(action, nullptr);
         EXPECT_FALSE(action->isEnabled());
     }
+    // The function-key bar: its F5 button follows the disabled copy command, and the View menu hides it.
+    auto* bar = window_->findChild<FunctionKeyBar*>();
+    ASSERT_NE(bar, nullptr);
+    EXPECT_TRUE(bar->isVisible());
+    QAction* hide = nullptr;
+    for (auto* action : window_->findChildren<QAction*>())
+        hide = action->text() == QStringLiteral("Hide Function Key Bar") ? action : hide;
+    ASSERT_NE(hide, nullptr);
+    hide->trigger();
+    EXPECT_FALSE(bar->isVisible());
+    EXPECT_FALSE(settings_->showFunctionKeyBar());
+    EXPECT_EQ(hide->text(), QStringLiteral("Show Function Key Bar"));
+
     EXPECT_TRUE(window_->command(C::showShortcuts)->isEnabled());
     EXPECT_EQ(window_->command(C::showShortcuts)->shortcuts().value(0), QKeySequence(Qt::Key_F1));
 }
