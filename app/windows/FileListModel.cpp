@@ -25,6 +25,13 @@ const QString& dateFormat()
     return format;
 }
 
+// Every cell is its own isolated run, so that "17 bytes" or ".profile" keep their order in a
+// right-to-left window and a Hebrew name keeps its own in a left-to-right one.
+QString isolated(const QString& text)
+{
+    return QChar(0x2068) + text + QChar(0x2069);
+}
+
 } // namespace
 
 FileListModel::FileListModel(const std::vector<FileItem>& rows, KindTexts& kinds, QObject* parent)
@@ -76,19 +83,19 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
     const auto& item = rows_[static_cast<std::size_t>(index.row())];
     if (role == Qt::DisplayRole) {
         switch (index.column()) {
-        case name: return QString::fromStdString(DisplayText::displayName(item.name()));
+        case name: return isolated(QString::fromStdString(DisplayText::displayName(item.name())));
         case size:
             if (item.isDirectory || !item.size)
                 return QStringLiteral("—");
-            return QString::fromStdString(formatByteCount(*item.size));
+            return isolated(QString::fromStdString(formatByteCount(*item.size)));
         case date: {
             if (!item.modificationDate)
                 return {};
             const auto milliseconds =
                 std::chrono::duration_cast<std::chrono::milliseconds>(item.modificationDate->time_since_epoch());
-            return QLocale().toString(QDateTime::fromMSecsSinceEpoch(milliseconds.count()), dateFormat());
+            return isolated(QLocale().toString(QDateTime::fromMSecsSinceEpoch(milliseconds.count()), dateFormat()));
         }
-        case kind: return QString::fromStdString(kinds_.describe(item));
+        case kind: return isolated(QString::fromStdString(kinds_.describe(item)));
         default: return {};
         }
     }
@@ -103,6 +110,28 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
     if (role == Qt::ForegroundRole && item.isHidden)
         return QApplication::palette().brush(QPalette::Disabled, QPalette::Text);
     return {};
+}
+
+QModelIndexList FileListModel::match(const QModelIndex& start, int role, const QVariant& value, int hits,
+                                     Qt::MatchFlags flags) const
+{
+    // Type-to-select asks for names that start with what was typed; answer from the names
+    // themselves, without the isolation marks that the displayed text carries.
+    const bool startsWith = (flags & Qt::MatchTypeMask) == Qt::MatchStartsWith;
+    if (role != Qt::DisplayRole || start.column() != name || !startsWith || rows_.empty())
+        return QAbstractTableModel::match(start, role, value, hits, flags);
+    const auto needle = value.toString();
+    const auto sensitivity = flags & Qt::MatchCaseSensitive ? Qt::CaseSensitive : Qt::CaseInsensitive;
+    const auto count = static_cast<int>(rows_.size());
+    const int candidates = flags & Qt::MatchWrap ? count : count - start.row();
+    QModelIndexList found;
+    for (int i = 0; i < candidates && (hits == -1 || found.size() < hits); ++i) {
+        const int row = (start.row() + i) % count;
+        const auto text = QString::fromStdString(DisplayText::displayName(rows_[static_cast<std::size_t>(row)].name()));
+        if (text.startsWith(needle, sensitivity))
+            found.append(index(row, name));
+    }
+    return found;
 }
 
 Qt::ItemFlags FileListModel::flags(const QModelIndex& index) const

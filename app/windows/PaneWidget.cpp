@@ -75,6 +75,7 @@ PaneWidget::PaneWidget(PaneViewController& pane, KindTexts& kinds, QWidget* pare
     freeSpace_ = new QLabel(this);
     auto* statusLayout = new QHBoxLayout;
     statusLayout->setContentsMargins(6, 2, 6, 2);
+    statusLayout->setSpacing(12);
     statusLayout->addWidget(status_, 1);
     statusLayout->addWidget(busy_);
     statusLayout->addWidget(freeSpace_);
