@@ -1,11 +1,7 @@
 // orbisk: the two-pane file manager.
-#include <QApplication>
-#include <QLabel>
+#include "Startup.h"
 
 int main(int argc, char** argv)
 {
-    QApplication app(argc, argv);
-    QLabel label("Orbisk");
-    label.show();
-    return app.exec();
+    return orbisk::Startup::run(argc, argv);
 }

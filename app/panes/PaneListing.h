@@ -1,0 +1,39 @@
+// What a pane lists and says about it: rows from a listing, status and free-space texts.
+#pragma once
+
+#include "files/FileItem.h"
+#include "panes/PaneTab.h"
+#include "support/Paths.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orbisk::PaneListing {
+
+/// The kind text of an item; must be callable from a worker thread.
+using Describe = std::function<std::string(const FileItem&)>;
+
+/// What decides the rows besides the items themselves.
+struct Arrangement {
+    std::string filter;
+    SortSpec sort;
+    bool directoriesFirst = true;
+    FolderSizes folderSizes;
+};
+
+/// The rows a pane shows for the items of folder: filtered, sorted (folders first when asked),
+/// with the ".." row on top except at "/". Pure; any thread, given a describe that is.
+[[nodiscard]] std::vector<FileItem> rows(const std::filesystem::path& folder, const std::vector<FileItem>& items,
+                                         const Arrangement& arrangement, const Describe& describe);
+
+/// "%lld items", or "%lld of %lld selected, %@" with the selected bytes; " (filtered from %lld)"
+/// follows when a filter hides some. Counts never include the ".." row.
+[[nodiscard]] std::string statusText(const std::vector<FileItem>& rows, const std::vector<bool>& selected,
+                                     std::size_t unfilteredCount, bool filterActive);
+
+/// "%@ available of %@", or nothing when the capacity is unknown.
+[[nodiscard]] std::string freeSpaceText(const std::optional<Paths::VolumeCapacity>& capacity);
+
+} // namespace orbisk::PaneListing

@@ -1,0 +1,333 @@
+#include "panes/PaneViewController.h"
+
+#include "AppSettings.h"
+#include "files/DirectoryReader.h"
+#include "files/WildcardPattern.h"
+#include "panes/FolderWatch.h"
+#include "support/L10n.h"
+
+#include <QFutureWatcher>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <algorithm>
+
+namespace orbisk {
+
+struct PaneViewController::LoadResult {
+    std::expected<std::vector<FileItem>, std::error_code> items;
+    std::filesystem::path mountPoint;
+    std::optional<Paths::VolumeCapacity> capacity;
+    // Filtering and sorting a large folder takes as long as reading it, so the worker does both;
+    // the rows are used only if the tab still wants this arrangement when they arrive.
+    PaneListing::Arrangement arrangement;
+    std::vector<FileItem> rows;
+};
+
+namespace {
+
+bool sameArrangement(const PaneListing::Arrangement& a, const PaneListing::Arrangement& b)
+{
+    return a.filter == b.filter && a.sort == b.sort && a.directoriesFirst == b.directoriesFirst &&
+           a.folderSizes == b.folderSizes;
+}
+
+} // namespace
+
+PaneViewController::PaneViewController(Side side, PaneServices services, QObject* parent)
+    : QObject(parent), side_(side), services_(std::move(services))
+{
+    if (!services_.read)
+        services_.read = [](const std::filesystem::path& folder, bool includeHidden) {
+            return DirectoryReader::read(folder, includeHidden);
+        };
+    auto tab = std::make_unique<PaneTab>();
+    tab->directory = services_.home();
+    tabs_.push_back(std::move(tab));
+    observedShowHidden_ = services_.settings->showHiddenFiles();
+    observedDirectoriesFirst_ = services_.settings->directoriesFirst();
+
+    spinnerWork_.setSingleShot(true);
+    spinnerWork_.setInterval(services_.busyIndicatorDelay);
+    connect(&spinnerWork_, &QTimer::timeout, this, [this] { setBusyShown(true); });
+    watchDebounce_.setSingleShot(true);
+    watchDebounce_.setInterval(services_.watchQuietInterval);
+    connect(&watchDebounce_, &QTimer::timeout, this, [this] {
+        if (std::exchange(pendingGone_, false))
+            startWatching();
+        reload(true);
+    });
+}
+
+PaneViewController::~PaneViewController() = default;
+
+void PaneViewController::setActive(bool active)
+{
+    if (isActive_ == active)
+        return;
+    isActive_ = active;
+    emit locationChanged();
+}
+
+void PaneViewController::navigate(const std::filesystem::path& to, std::optional<std::string> select, HistoryMode mode,
+                                  std::optional<double> scrollY, bool quiet)
+{
+    const int generation = ++loadGeneration_;
+    const PaneTab* asker = &activeTab();
+    isLoading_ = true;
+    spinnerWork_.start();
+
+    auto read = services_.read;
+    auto mounts = services_.mounts;
+    auto describe = services_.describe;
+    const bool includeHidden = services_.settings->showHiddenFiles();
+    auto arrangement = arrangementFor(activeTab());
+    if (to != activeTab().directory)
+        arrangement.folderSizes.clear();
+    auto* watcher = new QFutureWatcher<LoadResult>(this);
+    connect(watcher, &QFutureWatcherBase::finished, this,
+            [this, watcher, generation, asker, to, mode, select = std::move(select), scrollY, quiet] {
+                watcher->deleteLater();
+                deliver(generation, asker, mode, select, scrollY, quiet, to, watcher->result());
+            });
+    watcher->setFuture(QtConcurrent::run([read, mounts, describe, to, includeHidden, arrangement] {
+        LoadResult result{read(to, includeHidden), {}, {}, arrangement, {}};
+        if (result.items) {
+            result.mountPoint = MountTable::mountPointOf(to, mounts());
+            result.capacity = Paths::volumeCapacity(to);
+            result.rows = PaneListing::rows(to, *result.items, arrangement, describe);
+        }
+        return result;
+    }));
+}
+
+void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode mode,
+                                 std::optional<std::string> select, std::optional<double> scrollY, bool quiet,
+                                 const std::filesystem::path& to, LoadResult result)
+{
+    // A superseded load, or one whose tab is no longer shown, must never replace what is there.
+    if (generation != loadGeneration_ || tab != &activeTab())
+        return;
+    isLoading_ = false;
+    spinnerWork_.stop();
+    setBusyShown(false);
+    if (!result.items) {
+        loadFailed(to, result.items.error());
+        return;
+    }
+
+    auto& current = activeTab();
+    const bool sameFolder = current.hasLoaded && current.directory == to;
+    if (sameFolder && mode == HistoryMode::push)
+        mode = HistoryMode::reload; // choosing the folder already shown adds no history
+    if (current.hasLoaded) {
+        const auto focused = focusedItem();
+        HistoryEntry left{current.directory, {}, scrollY_};
+        if (focused && !focused->isParentLink)
+            left.selectedName = focused->name();
+        switch (mode) {
+        case HistoryMode::push:
+            current.back.push_back(std::move(left));
+            current.forward.clear();
+            break;
+        case HistoryMode::back:
+            if (!current.back.empty())
+                current.back.pop_back();
+            current.forward.push_back(std::move(left));
+            break;
+        case HistoryMode::forward:
+            if (!current.forward.empty())
+                current.forward.pop_back();
+            current.back.push_back(std::move(left));
+            break;
+        case HistoryMode::reload: break;
+        }
+    }
+    if (sameFolder) {
+        current.selectedNames = selectedNames();
+        if (const auto focused = focusedItem())
+            current.focusedName = focused->name();
+    } else {
+        current.selectedNames.clear();
+        current.focusedName.reset();
+        current.folderSizes.clear();
+    }
+    current.directory = to;
+    current.items = std::move(*result.items);
+    current.mountPoint = result.mountPoint;
+    current.hasLoaded = true;
+    if (notice_ && notice_->directory != to)
+        notice_.reset();
+    freeSpace_ = PaneListing::freeSpaceText(result.capacity);
+
+    std::optional<std::vector<FileItem>> rows;
+    if (sameArrangement(result.arrangement, arrangementFor(current)))
+        rows = std::move(result.rows);
+    applyListing(select, sameFolder && !scrollY ? std::optional<double>() : std::optional<double>(scrollY.value_or(0)),
+                 std::move(rows));
+    if (!quiet) {
+        startWatching();
+        emit visited(to);
+    }
+    emit locationChanged();
+}
+
+void PaneViewController::loadFailed(const std::filesystem::path& to, std::error_code error)
+{
+    const auto& current = activeTab();
+    const auto name = to.filename().empty() ? to.native() : to.filename().native();
+    if (error == std::errc::permission_denied || error == std::errc::operation_not_permitted) {
+        // Linux has no grant to ask for: the pane stays where it is and says why.
+        setNotice(
+            PaneNotice{L(translate("Orbisk", "You don’t have permission to open “%@”."), name), current.directory});
+        return;
+    }
+    if (Paths::isExistingFolder(to)) {
+        setNotice(PaneNotice{L(translate("Orbisk", "“%@” couldn’t be opened."), name), current.directory});
+        return;
+    }
+    const auto& mountPoint = current.mountPoint;
+    const bool volumeGone = !mountPoint.empty() && mountPoint != "/" && Paths::isSameOrInside(to, mountPoint) &&
+                            !MountTable::isMounted(mountPoint, services_.mounts());
+    std::filesystem::path destination;
+    PaneNotice notice;
+    if (volumeGone) {
+        destination = services_.home();
+        notice.text = L(translate("Orbisk", "“%@” is no longer connected."), mountPoint.filename().native());
+    } else {
+        destination = Paths::nearestExistingFolder(Paths::parentFolder(to));
+        notice.text = L(translate("Orbisk", "“%@” is no longer available."), name);
+    }
+    notice.directory = destination;
+    setNotice(notice);
+    if (destination != to)
+        navigate(destination, {}, current.directory == to ? HistoryMode::reload : HistoryMode::push);
+}
+
+PaneListing::Arrangement PaneViewController::arrangementFor(const PaneTab& tab) const
+{
+    return {tab.filter, tab.sort, services_.settings->directoriesFirst(), tab.folderSizes};
+}
+
+void PaneViewController::applyListing(std::optional<std::string> select, std::optional<double> scrollY,
+                                      std::optional<std::vector<FileItem>> rows)
+{
+    auto& tab = activeTab();
+    rows_ =
+        rows ? std::move(*rows) : PaneListing::rows(tab.directory, tab.items, arrangementFor(tab), services_.describe);
+    selected_.assign(rows_.size(), false);
+    focusRow_ = rows_.empty() ? -1 : 0;
+    const std::optional<std::string> focusName = select ? select : tab.focusedName;
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        const auto& name = rows_[i].name();
+        if (rows_[i].isParentLink)
+            continue;
+        if (select ? name == *select : tab.selectedNames.contains(name))
+            selected_[i] = true;
+        if (focusName && name == *focusName)
+            focusRow_ = static_cast<int>(i);
+    }
+    emit rowsChanged();
+    emit selectionChanged();
+    emit statusChanged();
+    if (scrollY) {
+        scrollY_ = *scrollY;
+        emit scrollRequested(*scrollY);
+    }
+}
+
+void PaneViewController::goUp()
+{
+    if (!canGoUp())
+        return;
+    navigate(Paths::parentFolder(directory()), directory().filename().native());
+}
+
+void PaneViewController::goBack()
+{
+    if (!canGoBack())
+        return;
+    const auto entry = activeTab().back.back();
+    navigate(entry.url, entry.selectedName, HistoryMode::back, entry.scrollY);
+}
+
+void PaneViewController::goForward()
+{
+    if (!canGoForward())
+        return;
+    const auto entry = activeTab().forward.back();
+    navigate(entry.url, entry.selectedName, HistoryMode::forward, entry.scrollY);
+}
+
+void PaneViewController::reload(bool quiet)
+{
+    navigate(directory(), {}, HistoryMode::reload, {}, quiet);
+}
+
+void PaneViewController::openRow(int row)
+{
+    if (row < 0 || static_cast<std::size_t>(row) >= rows_.size())
+        return;
+    const auto item = rows_[static_cast<std::size_t>(row)];
+    if (item.isParentLink)
+        goUp();
+    else if (item.isDirectory)
+        navigate(item.url());
+    else if (!services_.openFile || !services_.openFile(item.url()))
+        emit openFailed(QString::fromStdString(L(translate("Orbisk", "“%@” couldn’t be opened."), item.name())));
+}
+
+void PaneViewController::setNotice(std::optional<PaneNotice> notice)
+{
+    notice_ = std::move(notice);
+    emit statusChanged();
+}
+
+void PaneViewController::setBusyShown(bool shown)
+{
+    if (busyShown_ == shown)
+        return;
+    busyShown_ = shown;
+    emit busyIndicatorChanged(shown);
+}
+
+void PaneViewController::startWatching()
+{
+    watchDebounce_.stop();
+    watcher_.reset();
+    if (!services_.settings->watchDirectories())
+        return;
+    watcher_ = FolderWatch::open(directory());
+    if (watcher_)
+        connect(watcher_.get(), &FolderWatch::changed, this, [this](bool gone) {
+            // Each event restarts the quiet interval, so a burst gives one reload after its end.
+            pendingGone_ = pendingGone_ || gone;
+            watchDebounce_.start();
+        });
+}
+
+void PaneViewController::preferencesChanged()
+{
+    const bool showHidden = services_.settings->showHiddenFiles();
+    const bool directoriesFirst = services_.settings->directoriesFirst();
+    if (showHidden != observedShowHidden_ || directoriesFirst != observedDirectoriesFirst_) {
+        observedShowHidden_ = showHidden;
+        observedDirectoriesFirst_ = directoriesFirst;
+        for (auto& tab : tabs_) {
+            if (tab.get() != &activeTab())
+                tab->hasLoaded = false;
+        }
+        reload(true);
+    }
+    if (services_.settings->watchDirectories() != (watcher_ != nullptr))
+        startWatching();
+}
+
+std::string PaneViewController::statusText() const
+{
+    if (notice_ && notice_->directory == directory())
+        return notice_->text;
+    const auto& tab = activeTab();
+    return PaneListing::statusText(rows_, selected_, tab.items.size(), !tab.filter.empty());
+}
+
+} // namespace orbisk

@@ -1,0 +1,168 @@
+// One pane without its widgets: tabs, history, loading, listing, selection, filter, watching.
+#pragma once
+
+#include "files/FileItem.h"
+#include "panes/PaneListing.h"
+#include "panes/PaneTab.h"
+#include "panes/SessionState.h"
+#include "places/MountTable.h"
+#include "support/Paths.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace orbisk {
+
+class AppSettings;
+class FolderWatch;
+
+/// What a pane needs from around it. Intervals are in milliseconds so that tests can shorten them.
+struct PaneServices {
+    AppSettings* settings = nullptr;
+    /// Kind texts for sorting by kind; called on worker threads.
+    PaneListing::Describe describe;
+    /// Reads a folder; runs on a worker thread. Empty means DirectoryReader::read.
+    std::function<std::expected<std::vector<FileItem>, std::error_code>(const std::filesystem::path&, bool)> read;
+    std::function<std::filesystem::path()> home = [] { return Paths::home(); };
+    std::function<std::vector<Mount>()> mounts = [] { return MountTable::current(); };
+    /// Opens a file with its default application; false when that failed.
+    std::function<bool(const std::filesystem::path&)> openFile;
+    int busyIndicatorDelay = 150;
+    int watchQuietInterval = 250;
+};
+
+/// A message in the status line for as long as the pane stays in its folder.
+struct PaneNotice {
+    std::string text;
+    std::filesystem::path directory;
+};
+
+class PaneViewController : public QObject {
+    Q_OBJECT
+public:
+    PaneViewController(Side side, PaneServices services, QObject* parent = nullptr);
+    ~PaneViewController() override;
+
+    [[nodiscard]] Side side() const { return side_; }
+    [[nodiscard]] const std::vector<std::unique_ptr<PaneTab>>& tabs() const { return tabs_; }
+    [[nodiscard]] int activeTabIndex() const { return activeTabIndex_; }
+    [[nodiscard]] PaneTab& activeTab() const { return *tabs_[static_cast<std::size_t>(activeTabIndex_)]; }
+    [[nodiscard]] const std::filesystem::path& directory() const { return activeTab().directory; }
+    [[nodiscard]] const std::vector<FileItem>& rows() const { return rows_; }
+    [[nodiscard]] bool isLoading() const { return isLoading_; }
+    [[nodiscard]] bool busyIndicatorShown() const { return busyShown_; }
+    [[nodiscard]] int loadGeneration() const { return loadGeneration_; }
+    [[nodiscard]] const std::optional<PaneNotice>& notice() const { return notice_; }
+    [[nodiscard]] bool isActive() const { return isActive_; }
+    void setActive(bool active);
+
+    /// The one way to change or reload the folder. The folder is read on a worker thread; only the
+    /// newest load of the tab that is still active is applied.
+    void navigate(const std::filesystem::path& to, std::optional<std::string> select = {},
+                  HistoryMode mode = HistoryMode::push, std::optional<double> scrollY = {}, bool quiet = false);
+    void goUp();
+    void goBack();
+    void goForward();
+    void reload(bool quiet = false);
+    [[nodiscard]] bool canGoUp() const { return directory() != "/"; }
+    [[nodiscard]] bool canGoBack() const { return !activeTab().back.empty(); }
+    [[nodiscard]] bool canGoForward() const { return !activeTab().forward.empty(); }
+    /// Return or double-click: ".." goes up, a folder is entered, anything else is opened.
+    void openRow(int row);
+    void openFocused() { openRow(focusRow_); }
+
+    void newTab();
+    void closeTab(int index);
+    void selectTab(int index);
+    void selectAdjacentTab(int delta);
+    /// Swap panes: both panes' locations change places.
+    void swapLocations(PaneViewController& other);
+
+    // Selection. The ".." row is never taken by the bulk commands.
+    [[nodiscard]] bool isSelected(int row) const;
+    [[nodiscard]] int focusRow() const { return focusRow_; }
+    [[nodiscard]] std::vector<FileItem> selectedItems() const;
+    [[nodiscard]] std::set<std::string> selectedNames() const;
+    [[nodiscard]] std::optional<FileItem> focusedItem() const;
+    /// The selection as the list view has it (no change signal back to the view).
+    void setSelectionFromView(const std::vector<int>& rows, int focus);
+    void select(const std::set<std::string>& names);
+    void selectMatching(const std::string& patternText, bool select);
+    void selectAll();
+    void deselectAll();
+    void invertSelection();
+
+    void setSort(const SortSpec& spec);
+    void filterChanged(const std::string& text);
+    /// The view reports its scroll offset so that history and tabs can restore it.
+    void setScrollY(double y) { scrollY_ = y; }
+    /// Lists again when showing hidden files or folders-first changed; follows watchDirectories.
+    void preferencesChanged();
+
+    [[nodiscard]] std::string statusText() const;
+    [[nodiscard]] std::string freeSpaceText() const { return freeSpace_; }
+
+    [[nodiscard]] PaneSession session() const;
+    /// Tabs come back with their folder and sort; each lists its folder when first shown.
+    void restore(const PaneSession& session);
+
+signals:
+    void rowsChanged();
+    void selectionChanged();
+    void busyIndicatorChanged(bool shown);
+    /// Folder, tabs or history changed: header, tab bar, title, back/forward.
+    void locationChanged();
+    void statusChanged();
+    void scrollRequested(double y);
+    /// A folder was shown by the user's own navigation (for the recent locations).
+    void visited(const std::filesystem::path& folder);
+    void openFailed(const QString& message);
+
+private:
+    struct LoadResult;
+    void deliver(int generation, const PaneTab* tab, HistoryMode mode, std::optional<std::string> select,
+                 std::optional<double> scrollY, bool quiet, const std::filesystem::path& to, LoadResult result);
+    void loadFailed(const std::filesystem::path& to, std::error_code error);
+    [[nodiscard]] PaneListing::Arrangement arrangementFor(const PaneTab& tab) const;
+    void applyListing(std::optional<std::string> select, std::optional<double> scrollY,
+                      std::optional<std::vector<FileItem>> rows = {});
+    void rememberTabState();
+    void showActiveTab();
+    void startWatching();
+    void directoryChangedOnDisk(bool gone);
+    void setNotice(std::optional<PaneNotice> notice);
+    void setBusyShown(bool shown);
+
+    Side side_;
+    PaneServices services_;
+    std::vector<std::unique_ptr<PaneTab>> tabs_;
+    int activeTabIndex_ = 0;
+    std::vector<FileItem> rows_;
+    std::vector<bool> selected_;
+    int focusRow_ = -1;
+    double scrollY_ = 0;
+    std::optional<PaneNotice> notice_;
+    std::string freeSpace_;
+    bool isLoading_ = false;
+    bool busyShown_ = false;
+    bool isActive_ = false;
+    int loadGeneration_ = 0;
+    bool observedShowHidden_ = false;
+    bool observedDirectoriesFirst_ = true;
+    QTimer spinnerWork_;
+    QTimer watchDebounce_;
+    bool pendingGone_ = false;
+    std::unique_ptr<FolderWatch> watcher_;
+};
+
+} // namespace orbisk

@@ -1,0 +1,86 @@
+// The main window: sidebar, two panes with a divider, menus, function-key bar and the session.
+#pragma once
+
+#include "panes/KindTexts.h"
+#include "panes/PaneTab.h"
+#include "places/RecentLocations.h"
+#include "shortcuts/ShortcutCommand.h"
+
+#include <QMainWindow>
+
+#include <array>
+#include <filesystem>
+#include <map>
+#include <string_view>
+
+class QAction;
+class QMenu;
+class QSplitter;
+
+namespace orbisk {
+
+class AppSettings;
+class FunctionKeyBar;
+class PaneViewController;
+class PaneWidget;
+class Sidebar;
+class VolumeMonitor;
+
+class MainWindow : public QMainWindow {
+    Q_OBJECT
+public:
+    explicit MainWindow(AppSettings& settings, QWidget* parent = nullptr);
+    ~MainWindow() override;
+
+    /// Brings back the saved panes, tabs, sorts, active side and divider, or starts both panes at
+    /// home when nothing usable was saved.
+    void restoreSession();
+    void saveSession();
+
+    [[nodiscard]] PaneViewController& pane(Side side) const { return *panes_[index(side)]; }
+    [[nodiscard]] PaneWidget& paneWidget(Side side) const { return *paneWidgets_[index(side)]; }
+    [[nodiscard]] Side activeSide() const { return active_; }
+    [[nodiscard]] PaneViewController& activePane() const { return pane(active_); }
+    void setActiveSide(Side side);
+    /// The left pane's share of the width of both panes.
+    [[nodiscard]] double dividerRatio() const;
+    void setDividerRatio(double ratio);
+    /// The action of a catalog command; nothing for commands the main window does not have.
+    [[nodiscard]] QAction* command(ShortcutCommand identifier) const;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    static std::size_t index(Side side) { return side == Side::left ? 0 : 1; }
+    [[nodiscard]] Side otherSide() const { return active_ == Side::left ? Side::right : Side::left; }
+    void buildCommands();
+    void buildFunctionKeys();
+    QAction* addCommand(QMenu* menu, ShortcutCommand identifier, const std::string& title);
+    QAction* addLaterCommand(QMenu* menu, ShortcutCommand identifier, const std::string& title);
+    void updateCommands();
+    void updateTitle();
+    void goToFolder();
+    void promptPattern(bool select);
+    void showShortcuts();
+    void showSettings();
+    void toggleFavorite();
+    void goToFavorite(std::size_t index);
+    void refreshFavorites();
+
+    AppSettings& settings_;
+    KindTexts kinds_;
+    RecentLocations recent_;
+    std::array<PaneViewController*, 2> panes_{};
+    std::array<PaneWidget*, 2> paneWidgets_{};
+    Side active_ = Side::left;
+    QSplitter* outer_ = nullptr;
+    QSplitter* divider_ = nullptr;
+    Sidebar* sidebar_ = nullptr;
+    FunctionKeyBar* keyBar_ = nullptr;
+    VolumeMonitor* volumes_ = nullptr;
+    std::map<ShortcutCommand, QAction*> commands_;
+    QAction* functionKeyBarToggle_ = nullptr;
+};
+
+} // namespace orbisk

@@ -1,0 +1,41 @@
+#include "windows/SettingsDialog.h"
+
+#include "AppSettings.h"
+#include "support/Translate.h"
+
+#include <QCheckBox>
+#include <QDialogButtonBox>
+#include <QVBoxLayout>
+
+namespace orbisk {
+
+SettingsDialog::SettingsDialog(AppSettings& settings, QWidget* parent) : QDialog(parent)
+{
+    setWindowTitle(QString::fromStdString(translate("Orbisk", "Settings")));
+    auto* layout = new QVBoxLayout(this);
+    const auto addSwitch = [&](const std::string& title, bool on, void (AppSettings::*set)(bool)) {
+        auto* box = new QCheckBox(QString::fromStdString(title), this);
+        box->setChecked(on);
+        connect(box, &QCheckBox::toggled, &settings, [&settings, set](bool checked) { (settings.*set)(checked); });
+        layout->addWidget(box);
+        return box;
+    };
+    auto* hidden = addSwitch(translate("Orbisk", "Show hidden files"), settings.showHiddenFiles(),
+                             &AppSettings::setShowHiddenFiles);
+    addSwitch(translate("Orbisk", "Show folders before files"), settings.directoriesFirst(),
+              &AppSettings::setDirectoriesFirst);
+    addSwitch(translate("Orbisk", "Reload folders when they change on disk"), settings.watchDirectories(),
+              &AppSettings::setWatchDirectories);
+    auto* keyBar = addSwitch(translate("Orbisk", "Show the function key bar"), settings.showFunctionKeyBar(),
+                             &AppSettings::setShowFunctionKeyBar);
+    // The menus change these too; keep the boxes in step.
+    connect(&settings, &AppSettings::changed, this, [&settings, hidden, keyBar] {
+        hidden->setChecked(settings.showHiddenFiles());
+        keyBar->setChecked(settings.showFunctionKeyBar());
+    });
+    auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
+    layout->addWidget(buttons);
+}
+
+} // namespace orbisk
