@@ -1,0 +1,53 @@
+// One change an operation made on disk, recorded so that it can be undone.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <variant>
+
+#include "operations/ItemStamp.h"
+
+namespace orbisk {
+
+/// A plain value of three cases; make them with created(), moved() and trashed().
+struct UndoChange {
+    /// The operation created this item (a copy, a new folder or file).
+    struct Created {
+        std::filesystem::path at;
+        std::optional<ItemStamp> stamp;
+        bool operator==(const Created&) const = default;
+    };
+    /// The operation moved or renamed an item; the stamp is of the item at `to`.
+    struct Moved {
+        std::filesystem::path from;
+        std::filesystem::path to;
+        std::optional<ItemStamp> stamp;
+        bool operator==(const Moved&) const = default;
+    };
+    /// The operation moved the item at `original` to the Trash, where it is at `inTrash`.
+    struct Trashed {
+        std::filesystem::path original;
+        std::filesystem::path inTrash;
+        bool operator==(const Trashed&) const = default;
+    };
+
+    std::variant<Created, Moved, Trashed> change;
+
+    [[nodiscard]] static UndoChange created(std::filesystem::path at, std::optional<ItemStamp> stamp)
+    {
+        return {Created{std::move(at), stamp}};
+    }
+    [[nodiscard]] static UndoChange moved(std::filesystem::path from, std::filesystem::path to,
+                                          std::optional<ItemStamp> stamp)
+    {
+        return {Moved{std::move(from), std::move(to), stamp}};
+    }
+    [[nodiscard]] static UndoChange trashed(std::filesystem::path original, std::filesystem::path inTrash)
+    {
+        return {Trashed{std::move(original), std::move(inTrash)}};
+    }
+
+    bool operator==(const UndoChange&) const = default;
+};
+
+} // namespace orbisk

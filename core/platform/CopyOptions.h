@@ -1,0 +1,39 @@
+// The knobs, progress callback and outcomes shared by the file copier's stages.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+namespace orbisk {
+
+/// How a finished copy call ended when it did not fail.
+enum class CopyOutcome : std::uint8_t {
+    copied,    ///< the entry exists under its final name, data and metadata complete
+    cancelled, ///< the progress callback said stop; nothing was left behind
+};
+
+/// The progress callback's answer.
+enum class CopyControl : std::uint8_t { proceed, stop };
+
+/// Called on the copying thread before the data copy starts (with 0) and after every chunk, with
+/// the bytes of the file dealt with so far (holes that were skipped count as dealt with, so the
+/// last call of a complete copy gives the file's size). Returning stop cancels the copy.
+using CopyProgress = std::function<CopyControl(std::int64_t bytesDone)>;
+
+/// The ways of moving data, fastest first. A copy starts with the one it is given and falls back
+/// to the next when the file systems cannot do it.
+enum class CopyMethod : std::uint8_t {
+    clone,         ///< ioctl(FICLONE): share the extents (Btrfs, XFS with reflink, bcachefs)
+    copyFileRange, ///< copy_file_range(2) per data extent: in-kernel, may be offloaded
+    readWrite,     ///< pread/pwrite per data extent through a buffer
+};
+
+struct CopyOptions {
+    /// Bytes moved between two progress calls (and cancellation checks) with copy_file_range;
+    /// read/write moves at most 1 MiB of it per call.
+    std::int64_t chunkBytes = std::int64_t{8} << 20;
+    /// The first method tried; tests and benchmarks start lower to measure the others.
+    CopyMethod firstMethod = CopyMethod::clone;
+};
+
+} // namespace orbisk
