@@ -1,0 +1,46 @@
+// The undo history of orbisk-cli: a JSON file of undo and redo records, written atomically.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "operations/UndoRecord.h"
+
+namespace orbisk::cli {
+
+/// Two stacks like the app's Edit menu: the newest record is at the back of each.
+struct UndoHistory {
+    std::vector<UndoRecord> undo;
+    std::vector<UndoRecord> redo;
+
+    /// Reads the file; a missing file is an empty history. Fails with a readable reason when the
+    /// file cannot be read or is not a history this program wrote.
+    [[nodiscard]] static std::expected<UndoHistory, std::string> load(const std::filesystem::path& file);
+
+    /// Replaces the file as a whole: the new contents go to a hidden file beside it, created
+    /// exclusively, which is then renamed over it; a failure leaves the old file as it was.
+    [[nodiscard]] std::expected<void, std::string> save(const std::filesystem::path& file) const;
+};
+
+/// A command line split into its --record FILE option and the other arguments.
+struct RecordArguments {
+    std::optional<std::filesystem::path> recordFile;
+    std::vector<std::string> positional;
+};
+
+/// Takes "--record FILE" or "--record=FILE" anywhere before "--"; fails with the problem for the
+/// usage message (a missing file name, an unknown option).
+[[nodiscard]] std::expected<RecordArguments, std::string> parseRecordArguments(std::span<const std::string> arguments);
+
+/// Appends record to the history in file (when given and the record is not empty) and clears the
+/// redo stack, as a new operation does in the app. Prints the reason and returns false on failure.
+bool remember(const std::optional<std::filesystem::path>& file, UndoHistory history, const UndoRecord& record);
+
+/// Loads the history named on the command line, or an empty one; prints the reason on failure.
+[[nodiscard]] std::optional<UndoHistory> loadHistory(const std::optional<std::filesystem::path>& file);
+
+} // namespace orbisk::cli

@@ -1,0 +1,64 @@
+#include "operations/TransferTarget.h"
+
+#include "operations/ItemActions.h"
+#include "operations/RenameMask.h"
+#include "support/L10n.h"
+#include "support/Paths.h"
+
+namespace orbisk::TransferTargetResolver {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string_view trimmed(std::string_view text)
+{
+    constexpr std::string_view space = " \t\n\r\v\f";
+    const auto first = text.find_first_not_of(space);
+    if (first == std::string_view::npos)
+        return {};
+    return text.substr(first, text.find_last_not_of(space) - first + 1);
+}
+
+/// "~" and "~/…" are read against the given home rather than the process's own.
+fs::path expanded(std::string_view typed, const fs::path& base, const fs::path& home)
+{
+    if (typed == "~")
+        return Paths::expandTypedPath(home.native(), base);
+    if (typed.starts_with("~/"))
+        return Paths::expandTypedPath((home / typed.substr(2)).native(), base);
+    return Paths::expandTypedPath(typed, base);
+}
+
+} // namespace
+
+std::expected<TransferTarget, FileOperationError> resolve(std::string_view text, const fs::path& base,
+                                                          std::size_t sourceCount, const fs::path& home)
+{
+    const auto typed = trimmed(text);
+    if (typed.empty())
+        return std::unexpected(
+            FileOperationError::invalidName(std::string(text), translate("Orbisk", "enter a destination.")));
+    const auto location = expanded(typed, base, home);
+    if (Paths::isExistingFolder(location))
+        return TransferTarget::into(location);
+
+    const auto name = location.filename().native();
+    const auto parent = Paths::parentFolder(location);
+    const bool endsWithSlash = typed.ends_with('/');
+    if (!endsWithSlash && RenameMask::isMask(name)) {
+        if (!Paths::isExistingFolder(parent))
+            return std::unexpected(FileOperationError::destinationNotFolder(parent));
+        return TransferTarget::masked(parent, name);
+    }
+    if (!endsWithSlash && sourceCount < 2) {
+        if (!Paths::isExistingFolder(parent))
+            return std::unexpected(FileOperationError::destinationNotFolder(parent));
+        if (auto valid = ItemActions::validateName(name); !valid)
+            return std::unexpected(valid.error());
+        return TransferTarget::renamed(parent, name);
+    }
+    return std::unexpected(FileOperationError::destinationNotFolder(location));
+}
+
+} // namespace orbisk::TransferTargetResolver
