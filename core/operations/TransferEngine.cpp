@@ -103,6 +103,7 @@ OperationReport TransferEngine::run()
         return finish();
 
     std::int64_t itemsBefore = 0;
+    std::int64_t bytesBefore = 0;
     for (const auto& plan : plans) {
         if (cancellation_.isCancelled()) {
             report_.cancelled = true;
@@ -114,7 +115,8 @@ OperationReport TransferEngine::run()
         const Mode mode{kind_ == Kind::move, plan.useRename};
         performItem(plan.source, destinationDirectory_, plan.targetName, mode, plan.itemCount);
         itemsBefore += plan.itemCount;
-        finishTopLevel(itemsBefore);
+        bytesBefore += plan.byteCount;
+        finishTopLevel(itemsBefore, bytesBefore);
     }
     if (cancellation_.isCancelled())
         report_.cancelled = true;
@@ -219,11 +221,15 @@ bool TransferEngine::hasRoomFor(const std::vector<Plan>& plans)
     return false;
 }
 
-void TransferEngine::finishTopLevel(std::int64_t itemsBefore)
+void TransferEngine::finishTopLevel(std::int64_t itemsDone, std::int64_t bytesDone)
 {
-    // Entries inside the item raised the count as they went; the item as a whole counts exactly
-    // its planned entries, whether it was done, skipped or failed.
-    progress_.update([&](OperationProgress& p) { p.completedItems = itemsBefore; });
+    // Entries inside the item raised the counts as they went; the item as a whole counts exactly
+    // its planned entries and bytes, whether it was copied, renamed, skipped or failed.
+    bytesDoneBeforeCurrentFile_ = bytesDone;
+    progress_.update([&](OperationProgress& p) {
+        p.completedItems = itemsDone;
+        p.completedBytes = bytesDone;
+    });
 }
 
 void TransferEngine::fail(const fs::path& item, FileOperationError error)

@@ -110,7 +110,7 @@ private:
     [[nodiscard]] std::optional<Plan> makePlan(const std::filesystem::path& source, const struct stat& destination);
     [[nodiscard]] bool countTree(int folderFd, Plan& plan);
     [[nodiscard]] bool hasRoomFor(const std::vector<Plan>& plans);
-    void finishTopLevel(std::int64_t itemsBefore);
+    void finishTopLevel(std::int64_t itemsDone, std::int64_t bytesDone);
 
     // Performing items (TransferEngineItems.cpp)
     void performItem(const std::filesystem::path& source, const std::filesystem::path& folder, const std::string& name,

@@ -205,8 +205,16 @@ TEST(TransferEngineVolumes, MetadataSparseFilesLinksAndSpecialFilesThroughACopy)
     tree.fifo("src/F/pipe");
     ::chmod((tree / "src/F").c_str(), 0751);
 
-    const auto report = transfer(TransferEngine::Kind::copy, {tree / "src/F"}, tree.folder("dst"));
+    CancellationToken token;
+    OperationProgressTracker progress;
+    TransferEngine engine(TransferEngine::Kind::copy, {tree / "src/F"}, tree.folder("dst"), token, progress);
+    const auto report = engine.run();
 
+    const auto counted = progress.snapshot();
+    EXPECT_EQ(counted.totalItems, 5);
+    EXPECT_EQ(counted.completedItems, 5);
+    EXPECT_EQ(counted.totalBytes, 4 + (16 << 20));
+    EXPECT_EQ(counted.completedBytes, counted.totalBytes);
     ASSERT_EQ(report.failures.size(), 1U);
     EXPECT_EQ(report.failures[0].message(), "“pipe” is a special file (device, socket or pipe) and was not copied.");
     struct stat copy {};
