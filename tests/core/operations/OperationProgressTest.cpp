@@ -2,7 +2,6 @@
 
 #include <thread>
 
-#include "operations/CancellationToken.h"
 #include "operations/OperationProgressTracker.h"
 
 namespace orbisk {
@@ -41,16 +40,6 @@ TEST(OperationProgressTracker, ReadersNeverSeeHalfAnUpdate)
     } while (last.phase != OperationProgress::Phase::finished);
     EXPECT_EQ(last.completedItems, updates);
     EXPECT_EQ(last.totalItems, updates);
-}
-
-TEST(CancellationToken, StaysCancelledForEveryThread)
-{
-    CancellationToken token;
-    EXPECT_FALSE(token.isCancelled());
-    std::jthread([&] { token.cancel(); }).join();
-    EXPECT_TRUE(token.isCancelled());
-    token.cancel();
-    EXPECT_TRUE(token.isCancelled());
 }
 
 } // namespace
