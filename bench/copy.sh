@@ -63,7 +63,6 @@ bench_set() { # work folder, data folder, tools...
     for tool in "$@"; do
         echo "$tool $(tr ' ' '\n' <<<"${times[$tool]}" | grep . | median)"
     done
-    rm -rf "$work"/out-*
 }
 
 echo "## Copying files"
@@ -75,9 +74,10 @@ echo "Ratio = other tool's time / ours (above 1: we are faster). Kernel $(uname 
 echo
 echo "| place | data | FileCopier | cp -a | ratio | rsync -a | ratio |"
 echo "|---|---|---|---|---|---|---|"
+done_work=()
+trap 'rm -rf "${done_work[@]}" "${work:-}"' EXIT
 for place in $places; do
     work=$(mktemp -d "$place/orbisk-bench-copy-XXXXXX")
-    trap 'rm -rf "$work"' EXIT
     make_data "$work/data"
     fs=$(stat -f -c %T "$place")
     declare -A result=()
@@ -88,6 +88,8 @@ for place in $places; do
     echo "| $place ($fs) | ${small_files} small | ${result[small-orbisk]} s | ${result[small-cp]} s |" \
         "$(ratio "${result[small-cp]}" "${result[small-orbisk]}") | ${result[small-rsync]} s |" \
         "$(ratio "${result[small-rsync]}" "${result[small-orbisk]}") |"
-    rm -rf "$work"
-    trap - EXIT
+    done_work+=("$work")
 done
+# Removing a few hundred thousand files takes minutes on some ext4 volumes: only after the table.
+echo "removing the benchmark folders" >&2
+rm -rf "${done_work[@]}"

@@ -7,7 +7,6 @@
 #include "operations/ItemActions.h"
 #include "operations/ItemStamp.h"
 #include "support/L10n.h"
-#include "support/Paths.h"
 
 namespace orbisk::cli {
 namespace {
@@ -28,7 +27,7 @@ int run(std::span<const std::string> arguments)
     if (!history)
         return exitFailure;
 
-    const auto folder = Paths::expandTypedPath(parsed->positional[0], std::filesystem::current_path());
+    const auto folder = argumentPath(parsed->positional[0]);
     const auto& name = parsed->positional[1];
     auto created = ItemActions::createEmptyFile(name, folder);
     if (!created)

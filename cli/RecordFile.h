@@ -36,8 +36,16 @@ struct RecordArguments {
 /// usage message (a missing file name, an unknown option).
 [[nodiscard]] std::expected<RecordArguments, std::string> parseRecordArguments(std::span<const std::string> arguments);
 
+/// A path given on the command line, made absolute against the current folder. Unlike a path typed
+/// into the app, "~" is not expanded (the shell did that already: a literal "~" is a name) and
+/// ".." is left to the kernel; "." components and trailing "/" are dropped, so that the last
+/// component is the item.
+[[nodiscard]] std::filesystem::path argumentPath(const std::string& argument);
+
 /// Appends record to the history in file (when given and the record is not empty) and clears the
 /// redo stack, as a new operation does in the app. Prints the reason and returns false on failure.
+/// Known compromise: the history is read before the operation and written after it without a lock,
+/// so two orbisk-cli runs on one history file at the same time can lose one of their records.
 bool remember(const std::optional<std::filesystem::path>& file, UndoHistory history, const UndoRecord& record);
 
 /// Loads the history named on the command line, or an empty one; prints the reason on failure.

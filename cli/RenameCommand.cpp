@@ -7,7 +7,6 @@
 #include "operations/ItemActions.h"
 #include "operations/ItemStamp.h"
 #include "support/L10n.h"
-#include "support/Paths.h"
 
 namespace orbisk::cli {
 namespace {
@@ -28,7 +27,7 @@ int run(std::span<const std::string> arguments)
     if (!history)
         return exitFailure;
 
-    const auto item = Paths::expandTypedPath(parsed->positional[0], std::filesystem::current_path());
+    const auto item = argumentPath(parsed->positional[0]);
     const auto& newName = parsed->positional[1];
     auto renamed = ItemActions::rename(item, newName);
     if (!renamed) {

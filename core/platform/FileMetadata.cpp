@@ -111,7 +111,10 @@ std::expected<void, CopyError> copy(int source, const struct stat& status, int d
         mode &= ~mode_t{S_ISUID};
     if (!owner->group)
         mode &= ~mode_t{S_ISGID};
-    if (::fchmod(destination, mode) != 0)
+    // The copy is ours (or root gave it away and may still change it), so EPERM here comes from
+    // a file system that cannot store these bits (FAT, some FUSE and network file systems),
+    // where the copy simply gets the mode the mount gives every file.
+    if (::fchmod(destination, mode) != 0 && errno != EPERM)
         return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
 
     const struct timespec times[2] = {status.st_atim, status.st_mtim};

@@ -6,6 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -18,10 +21,27 @@ namespace orbisk::test {
 inline std::string randomBytes(std::size_t size, unsigned seed = 7)
 {
     std::mt19937_64 generator(seed);
-    std::string bytes(size, '\0');
-    for (auto& byte : bytes)
-        byte = static_cast<char>(generator());
+    std::string bytes(size + 8, '\0');
+    for (std::size_t at = 0; at < size; at += 8) {
+        const std::uint64_t word = generator();
+        std::memcpy(bytes.data() + at, &word, 8);
+    }
+    bytes.resize(size);
     return bytes;
+}
+
+/// The whole contents of a file, read in one go (large files are compared in these tests).
+inline std::string readAll(const std::filesystem::path& path)
+{
+    std::string contents;
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (!file)
+        return "<unreadable>";
+    char buffer[1 << 16];
+    for (std::size_t got; (got = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
+        contents.append(buffer, got);
+    std::fclose(file);
+    return contents;
 }
 
 inline struct stat statusOf(const std::filesystem::path& path)

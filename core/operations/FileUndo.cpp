@@ -1,0 +1,215 @@
+#include "operations/FileUndo.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <map>
+#include <set>
+
+#include "operations/CrossVolumeMove.h"
+#include "operations/FileOperationError.h"
+#include "operations/FileUndoError.h"
+#include "operations/ItemStamp.h"
+#include "platform/ExclusiveRename.h"
+#include "platform/Trash.h"
+#include "support/Uuid.h"
+
+namespace orbisk::FileUndo {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isTaken(const fs::path& path)
+{
+    struct stat st {};
+    return ::lstat(path.c_str(), &st) == 0;
+}
+
+std::string nameOf(const fs::path& path)
+{
+    return path.filename().native();
+}
+
+/// The work of one revert: the problems found and the inverse built, in the order things happen.
+class Reverter {
+public:
+    Reverter(const UndoRecord& record, const TrashService& trash) : record_(record), trash_(trash)
+    {
+        outcome_.inverse.name = record.name;
+    }
+
+    UndoOutcome run()
+    {
+        if (formsChain())
+            stageMovedItems();
+        for (auto index = record_.changes.size(); index-- > 0;)
+            std::visit([&](const auto& change) { revert(index, change); }, record_.changes[index].change);
+        return std::move(outcome_);
+    }
+
+private:
+    /// Whether one move's new place is another move's old place: then moving the items back one by
+    /// one could find places still held by each other.
+    bool formsChain() const
+    {
+        std::set<fs::path> oldPlaces;
+        for (const auto& change : record_.changes) {
+            if (const auto* moved = std::get_if<UndoChange::Moved>(&change.change))
+                oldPlaces.insert(moved->from.lexically_normal());
+        }
+        for (const auto& change : record_.changes) {
+            if (const auto* moved = std::get_if<UndoChange::Moved>(&change.change);
+                moved && oldPlaces.contains(moved->to.lexically_normal()))
+                return true;
+        }
+        return false;
+    }
+
+    void problem(const fs::path& url, AnyError error)
+    {
+        outcome_.problems.push_back(ItemFailure{url, std::move(error)});
+    }
+
+    /// Whether the item at place is as the operation left it; records the problem when not.
+    bool unchanged(const fs::path& place, const std::optional<ItemStamp>& recorded)
+    {
+        const auto current = ItemStamp::of(place);
+        if (!current) {
+            problem(place, FileUndoError::missing(nameOf(place)));
+            return false;
+        }
+        if (recorded && !recorded->matches(current)) {
+            problem(place, FileUndoError::changedSince(nameOf(place)));
+            return false;
+        }
+        return true;
+    }
+
+    /// Every item of a chain first steps aside to a hidden name in its own folder, so that every
+    /// old place the chain needs is free before anything goes back.
+    void stageMovedItems()
+    {
+        for (auto index = record_.changes.size(); index-- > 0;) {
+            const auto* moved = std::get_if<UndoChange::Moved>(&record_.changes[index].change);
+            if (!moved)
+                continue;
+            checked_.insert(index);
+            if (!unchanged(moved->to, moved->stamp))
+                continue;
+            const auto staging = moved->to.parent_path() / (".orbisk-undo-" + Uuid::random());
+            if (auto renamed = ExclusiveRename::rename(moved->to, staging); !renamed) {
+                problem(moved->to, FileOperationError::system(renamed.error(), "move", moved->to));
+                continue;
+            }
+            staged_[index] = staging;
+        }
+    }
+
+    void revert(std::size_t, const UndoChange::Created& change)
+    {
+        if (!unchanged(change.at, change.stamp))
+            return;
+        auto trashed = trash_(change.at);
+        if (!trashed) {
+            problem(change.at, std::move(trashed.error()));
+            return;
+        }
+        outcome_.inverse.changes.push_back(UndoChange::trashed(change.at, *trashed));
+    }
+
+    void revert(std::size_t index, const UndoChange::Moved& change)
+    {
+        const auto staging = staged_.find(index);
+        const bool isStaged = staging != staged_.end();
+        if (!isStaged && (checked_.contains(index) || !unchanged(change.to, change.stamp)))
+            return;
+        const auto current = isStaged ? staging->second : change.to;
+        if (isTaken(change.from)) {
+            problem(change.to, FileUndoError::placeTaken(nameOf(change.from)));
+        } else if (moveBack(current, change.from, change.to, false)) {
+            outcome_.inverse.changes.push_back(UndoChange::moved(change.to, change.from, ItemStamp::of(change.from)));
+            return;
+        }
+        if (isStaged)
+            unstage(current, change.to);
+    }
+
+    void revert(std::size_t, const UndoChange::Trashed& change)
+    {
+        if (!isTaken(change.inTrash)) {
+            problem(change.original, FileUndoError::goneFromTrash(nameOf(change.original)));
+            return;
+        }
+        if (isTaken(change.original)) {
+            problem(change.inTrash, FileUndoError::placeTaken(nameOf(change.original)));
+            return;
+        }
+        if (!moveBack(change.inTrash, change.original, change.inTrash, true))
+            return;
+        outcome_.inverse.changes.push_back(UndoChange::created(change.original, ItemStamp::of(change.original)));
+    }
+
+    /// Moves an item from current to its old place: a rename where it can be one, otherwise (on
+    /// another volume) a copy that takes its name exclusively before the original is removed.
+    /// Returns whether the item is at its old place now; problems are reported against reported.
+    bool moveBack(const fs::path& current, const fs::path& oldPlace, const fs::path& reported, bool fromTrash)
+    {
+        auto renamed = fromTrash ? Trash::putBack(current, oldPlace) : ExclusiveRename::rename(current, oldPlace);
+        if (renamed)
+            return true;
+        int code = renamed.error();
+        if (code == EXDEV) {
+            auto moved = CrossVolumeMove::move(current, oldPlace);
+            if (moved || moved.error().sourceLeft) {
+                if (fromTrash)
+                    ::unlink(Trash::infoFileFor(current).c_str());
+                if (!moved)
+                    problem(reported, FileOperationError::sourceNotRemoved(
+                                          current, FileOperationError::systemText(moved.error().code) + "."));
+                return true;
+            }
+            code = moved.error().code;
+        }
+        if (code == EEXIST)
+            problem(reported, FileUndoError::placeTaken(nameOf(oldPlace)));
+        else
+            problem(reported, FileOperationError::system(code, "move", reported));
+        return false;
+    }
+
+    /// A staged item that cannot go back returns to where the operation left it.
+    void unstage(const fs::path& staging, const fs::path& place)
+    {
+        if (auto back = ExclusiveRename::rename(staging, place); !back)
+            problem(place, FileOperationError::renameLeftAtTemporaryName(back.error(), place, nameOf(staging)));
+    }
+
+    const UndoRecord& record_;
+    const TrashService& trash_;
+    UndoOutcome outcome_;
+    std::map<std::size_t, fs::path> staged_; ///< chain items waiting under their hidden names
+    std::set<std::size_t> checked_;          ///< moves whose stamps were already checked
+};
+
+} // namespace
+
+UndoOutcome revert(const UndoRecord& record, const TrashService& trash)
+{
+    return Reverter(record, trash).run();
+}
+
+TrashService systemTrash()
+{
+    return [](const fs::path& item) -> std::expected<fs::path, AnyError> {
+        auto moved = Trash::forCurrentUser().moveToTrash(item);
+        if (moved)
+            return *moved;
+        if (moved.error() == ENOENT)
+            return std::unexpected(AnyError(FileOperationError::itemMissing(item)));
+        return std::unexpected(AnyError(FileOperationError::system(moved.error(), "move", item)));
+    };
+}
+
+} // namespace orbisk::FileUndo

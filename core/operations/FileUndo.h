@@ -1,0 +1,44 @@
+// Undo and redo of file operations: reverses a record's changes where the items are as they were left.
+#pragma once
+
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+#include "operations/AnyError.h"
+#include "operations/ItemFailure.h"
+#include "operations/UndoRecord.h"
+
+namespace orbisk {
+
+/// What a revert did: the record that redoes it, and what it left alone and why.
+struct UndoOutcome {
+    UndoRecord inverse;
+    std::vector<ItemFailure> problems;
+
+    [[nodiscard]] bool isComplete() const { return problems.empty(); }
+};
+
+namespace FileUndo {
+
+/// Moves an item to the Trash and says where it went.
+using TrashService = std::function<std::expected<std::filesystem::path, AnyError>(const std::filesystem::path&)>;
+
+/// Reverses record's changes, the last first, each on its own: a created item goes to the Trash, a
+/// moved item goes back, a trashed item comes back from the Trash. Only items still exactly as the
+/// operation left them are touched (FileUndoError::changedSince, missing); nothing is ever
+/// overwritten (placeTaken) and nothing is deleted outright. Renames that form a chain or a swap
+/// within the record pass through hidden ".orbisk-undo-<uuid>" names in their folders, which are
+/// gone again afterwards. An item whose old place is on another volume is copied there under such
+/// a hidden name, given its name exclusively, and only then removed from where it was.
+/// The inverse has the record's name and the changes in the order they were made here, so that
+/// reverting it redoes the record. Runs synchronously on the calling (worker) thread.
+[[nodiscard]] UndoOutcome revert(const UndoRecord& record, const TrashService& trash);
+
+/// The Trash of the item's volume (the freedesktop.org Trash), as used everywhere else.
+[[nodiscard]] TrashService systemTrash();
+
+} // namespace FileUndo
+
+} // namespace orbisk

@@ -1,0 +1,193 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include <nlohmann/json.hpp>
+
+#include "support/Processes.h"
+#include "support/TempTree.h"
+
+namespace orbisk {
+namespace {
+
+namespace fs = std::filesystem;
+using test::TempTree;
+
+/// Runs orbisk-cli in the tree's "work" folder with the tree's own home and Trash.
+class HistoryCommands : public testing::Test {
+protected:
+    HistoryCommands() { tree.folder("work"); }
+
+    test::ProcessResult cli(std::vector<std::string> arguments)
+    {
+        arguments.insert(arguments.begin(), test::binary("orbisk-cli").native());
+        return test::run(arguments, tree / "work",
+                         {"HOME=" + (tree / "home").native(), "XDG_DATA_HOME=" + (tree / "data").native()});
+    }
+
+    /// The work folder's entries (recursively) with file contents, "/" marking folders.
+    std::map<std::string, std::string> disk() const
+    {
+        std::map<std::string, std::string> entries;
+        for (auto it = fs::recursive_directory_iterator(tree / "work"); it != fs::recursive_directory_iterator();
+             ++it) {
+            const auto relative = fs::relative(it->path(), tree / "work").native();
+            if (relative == "history.json")
+                continue;
+            entries[it->is_directory() ? relative + "/" : relative] =
+                it->is_directory() ? "" : tree.read("work/" + relative);
+        }
+        return entries;
+    }
+
+    nlohmann::json history() const { return nlohmann::json::parse(tree.read("work/history.json")); }
+
+    TempTree tree;
+};
+
+TEST_F(HistoryCommands, EveryChangeUndoesAndRedoesThroughTheHistoryFile)
+{
+    tree.file("work/caf\xE9.txt", "bytes");
+    tree.file("work/old.txt", "old");
+    const auto start = disk();
+
+    struct Step {
+        std::vector<std::string> command;
+        std::string printed;
+    };
+    const auto work = (tree / "work").native();
+    const Step steps[] = {
+        {{"rename", "--record", "history.json", "caf\xE9.txt", "\xFF renamed.txt"}, work + "/\xFF renamed.txt\n"},
+        {{"new-folder", "--record=history.json", ".", "New \xFE Folder"}, work + "/New \xFE Folder\n"},
+        {{"new-file", "--record", "history.json", "New \xFE Folder", "empty.txt"},
+         work + "/New \xFE Folder/empty.txt\n"},
+        {{"trash", "--record", "history.json", "old.txt", "New \xFE Folder"},
+         work + "/old.txt\t" + (tree / "data/Trash/files/old.txt").native() + "\n" + work + "/New \xFE Folder\t" +
+             (tree / "data/Trash/files/New \xFE Folder").native() + "\n"},
+    };
+    std::vector<std::map<std::string, std::string>> states = {start};
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.command[0]);
+        const auto result = cli(step.command);
+        ASSERT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(result.out, step.printed);
+        states.push_back(disk());
+    }
+    ASSERT_EQ(history()["undo"].size(), 4u);
+
+    // Undo everything, the last first; then redo it all; then undo it all again.
+    for (auto i = std::size(steps); i-- > 0;) {
+        SCOPED_TRACE("undo " + steps[i].command[0]);
+        const auto result = cli({"undo", "--record", "history.json"});
+        ASSERT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(disk(), states[i]);
+    }
+    EXPECT_EQ(cli({"undo", "--record", "history.json"}).exitCode, 1) << "nothing is left to undo";
+    for (std::size_t i = 0; i < std::size(steps); ++i) {
+        SCOPED_TRACE("redo " + steps[i].command[0]);
+        const auto result = cli({"redo", "--record", "history.json"});
+        ASSERT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_EQ(disk(), states[i + 1]);
+    }
+    for (auto i = std::size(steps); i-- > 0;) {
+        SCOPED_TRACE("undo again " + steps[i].command[0]);
+        ASSERT_EQ(cli({"undo", "--record", "history.json"}).exitCode, 0);
+        EXPECT_EQ(disk(), states[i]);
+    }
+    EXPECT_EQ(disk(), start);
+    EXPECT_EQ(history()["redo"].size(), 4u);
+
+    // A new change clears what could be redone, as in the app.
+    ASSERT_EQ(cli({"new-file", "--record", "history.json", ".", "fresh"}).exitCode, 0);
+    EXPECT_EQ(history()["redo"].size(), 0u);
+    const auto redo = cli({"redo", "--record", "history.json"});
+    EXPECT_EQ(redo.exitCode, 1);
+    EXPECT_EQ(redo.err, "orbisk-cli redo: Nothing to redo.\n");
+
+    for (const auto& entry : fs::directory_iterator(tree / "work"))
+        EXPECT_EQ(entry.path().filename().native().find(".history.json.tmp-"), std::string::npos)
+            << "the history is replaced through a temporary file that does not stay";
+}
+
+TEST_F(HistoryCommands, ProblemsPrintTheAppsAlertAndExitOne)
+{
+    tree.file("work/a", "A");
+    tree.file("work/b", "B");
+    struct Case {
+        std::vector<std::string> command;
+        std::string err;
+    };
+    const Case cases[] = {
+        {{"rename", "a", "b"},
+         "Rename finished with 1 problems.\nCompleted: 0. Skipped: 0. Failed: 1.\n"
+         "• An item named “b” already exists.\n"},
+        {{"rename", "a", "x/y"},
+         "Rename finished with 1 problems.\nCompleted: 0. Skipped: 0. Failed: 1.\n"
+         "• “x/y” can’t be used as a name: a name can’t contain “/”.\n"},
+        {{"new-folder", ".", "a"}, "The folder couldn’t be created.\nCouldn’t create the folder “a”: File exists.\n"},
+        {{"new-file", ".", "b"}, "The file couldn’t be created.\nAn item named “b” already exists.\n"},
+        {{"trash", "a", "gone"},
+         "Move to Trash finished with 1 problems.\nCompleted: 1. Skipped: 0. Failed: 1.\n"
+         "• “gone” no longer exists. It may have been moved or deleted by another application.\n"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.command[0] + " " + c.command.back());
+        const auto result = cli(c.command);
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_EQ(result.err, c.err);
+    }
+    EXPECT_EQ(tree.read("work/b"), "B");
+    EXPECT_FALSE(tree.exists("work/a")) << "the trash command went on after the missing item";
+}
+
+TEST_F(HistoryCommands, UndoLeavesAnEditedItemAndSaysWhy)
+{
+    ASSERT_EQ(cli({"new-file", "--record", "history.json", ".", "notes.txt"}).exitCode, 0);
+    ASSERT_EQ(cli({"rename", "--record", "history.json", "notes.txt", "plans.txt"}).exitCode, 0);
+    ASSERT_EQ(cli({"undo", "--record", "history.json"}).exitCode, 0);
+    std::ofstream(tree / "work/notes.txt") << "typed since";
+
+    const auto result = cli({"undo", "--record", "history.json"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_EQ(result.out, "Undo New File “notes.txt”\n");
+    EXPECT_EQ(result.err, "Undo finished with 1 problems.\nCompleted: 0. Skipped: 0. Failed: 1.\n"
+                          "• “notes.txt” changed after the operation, so it was left as it is.\n");
+    EXPECT_EQ(tree.read("work/notes.txt"), "typed since");
+    EXPECT_EQ(history()["undo"].size(), 0u) << "the refused record is used up, as in the app";
+    EXPECT_EQ(history()["redo"].size(), 1u) << "only the rename can be redone";
+}
+
+TEST_F(HistoryCommands, UsageErrorsExitTwoAndABadHistoryStopsBeforeAnyChange)
+{
+    for (const auto& command : std::vector<std::vector<std::string>>{{"rename", "only-one"},
+                                                                     {"rename", "--record"},
+                                                                     {"new-folder", "--force", ".", "x"},
+                                                                     {"trash"},
+                                                                     {"undo"},
+                                                                     {"redo", "--record", "h.json", "extra"}}) {
+        SCOPED_TRACE(command[0]);
+        const auto result = cli(command);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_NE(result.err.find("usage: orbisk-cli " + command[0]), std::string::npos) << result.err;
+    }
+
+    tree.file("work/history.json", R"({"undo": [{"name": "x", "changes": [{"kind": "copied"}]}], "redo": []})");
+    tree.file("work/keep", "k");
+    const auto result = cli({"trash", "--record", "history.json", "keep"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("history.json"), std::string::npos) << result.err;
+    EXPECT_EQ(tree.read("work/keep"), "k");
+
+    // A name that looks like an option, after "--".
+    tree.file("work/-rf", "dash");
+    ASSERT_EQ(cli({"rename", "--", "-rf", "dash"}).exitCode, 0);
+    EXPECT_EQ(tree.read("work/dash"), "dash");
+    // A name that is a tilde is a name, not the home folder.
+    tree.file("work/~", "tilde");
+    ASSERT_EQ(cli({"trash", "~"}).exitCode, 0);
+    EXPECT_FALSE(tree.exists("work/~"));
+    EXPECT_TRUE(tree.exists("data/Trash/files/~"));
+}
+
+} // namespace
+} // namespace orbisk

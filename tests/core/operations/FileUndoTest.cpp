@@ -1,0 +1,371 @@
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <functional>
+
+#include "UndoTestSupport.h"
+#include "operations/CrossVolumeMove.h"
+#include "operations/FileUndo.h"
+#include "operations/ItemActions.h"
+#include "operations/ItemStamp.h"
+#include "operations/TrashOperation.h"
+#include "support/Unprivileged.h"
+
+namespace orbisk {
+namespace {
+
+namespace fs = std::filesystem;
+using test::picture;
+using test::TempTree;
+
+std::vector<std::string> messages(const UndoOutcome& outcome)
+{
+    std::vector<std::string> texts;
+    for (const auto& problem : outcome.problems)
+        texts.push_back(problem.message());
+    return texts;
+}
+
+void write(const fs::path& path, std::string_view contents)
+{
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << contents;
+}
+
+UndoRecord movedByHand(const fs::path& from, const fs::path& to)
+{
+    if (::rename(from.c_str(), to.c_str()) != 0)
+        throw std::runtime_error("cannot rename " + from.native());
+    return {"Move", {UndoChange::moved(from, to, ItemStamp::of(to))}};
+}
+
+class FileUndoTest : public testing::Test {
+protected:
+    FileUndoTest() { tree.file("work/a\xE9.txt", "original"); }
+
+    UndoOutcome revert(const UndoRecord& record) { return FileUndo::revert(record, FileUndo::systemTrash()); }
+
+    fs::path item() const { return tree / "work/a\xE9.txt"; }
+
+    TempTree tree;
+    test::PrivateTrash trash{tree};
+    fs::path work = tree / "work";
+};
+
+TEST_F(FileUndoTest, DoUndoRedoUndoLeavesTheDiskAsExpectedEachTime)
+{
+    struct Case {
+        std::string name;
+        std::function<UndoRecord()> act;
+    };
+    const Case cases[] = {
+        {"rename",
+         [&] {
+             auto to = ItemActions::rename(item(), "b\xFF.txt").value();
+             return UndoRecord{"Rename", {UndoChange::moved(item(), to, ItemStamp::of(to))}};
+         }},
+        {"new folder",
+         [&] {
+             auto made = ItemActions::createDirectory("New Folder", work).value();
+             return UndoRecord{"New Folder", {UndoChange::created(made, ItemStamp::of(made))}};
+         }},
+        {"new file",
+         [&] {
+             auto made = ItemActions::createEmptyFile("New Text File.txt", work).value();
+             return UndoRecord{"New File", {UndoChange::created(made, ItemStamp::of(made))}};
+         }},
+        {"trash a file and a folder",
+         [&] {
+             CancellationToken token;
+             OperationProgressTracker progress;
+             auto report = TrashOperation::run({item(), work / "folder"}, token, progress);
+             return UndoRecord{"Move to Trash", std::move(report.undoChanges)};
+         }},
+        {"copy",
+         [&] {
+             const auto copy = work / "a\xE9 copy.txt";
+             fs::copy_file(item(), copy);
+             return UndoRecord{"Copy", {UndoChange::created(copy, ItemStamp::of(copy))}};
+         }},
+        {"move into a folder, then new folder with selection",
+         [&] {
+             auto folder = ItemActions::createDirectory("Selection", work).value();
+             auto record = movedByHand(item(), folder / "a\xE9.txt");
+             record.changes.insert(record.changes.begin(), UndoChange::created(folder, ItemStamp::of(folder)));
+             return record;
+         }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        test::removeTree(work);
+        tree.file("work/a\xE9.txt", "original");
+        tree.file("work/folder/inside", "x");
+        const auto before = picture(work);
+        const auto record = c.act();
+        const auto after = picture(work);
+        ASSERT_NE(before, after);
+
+        auto undone = revert(record);
+        EXPECT_EQ(messages(undone), std::vector<std::string>{});
+        EXPECT_EQ(picture(work), before);
+        EXPECT_EQ(undone.inverse.name, record.name);
+
+        auto redone = revert(undone.inverse);
+        EXPECT_EQ(messages(redone), std::vector<std::string>{});
+        EXPECT_EQ(picture(work), after);
+
+        auto undoneAgain = revert(redone.inverse);
+        EXPECT_EQ(messages(undoneAgain), std::vector<std::string>{});
+        EXPECT_EQ(picture(work), before);
+    }
+    EXPECT_EQ(picture(trash.folder() / "info").size(), picture(trash.folder() / "files").size())
+        << "every item put back took its .trashinfo file with it";
+}
+
+TEST_F(FileUndoTest, RefusesExactlyWhenTheItemIsNoLongerAsTheOperationLeftIt)
+{
+    struct Case {
+        std::string name;
+        std::function<UndoRecord()> act;
+        std::function<void()> meddle;
+        std::vector<std::string> expected;
+    };
+    const auto copy = work / "copy.txt";
+    const auto makeCopy = [&] {
+        fs::copy_file(item(), copy);
+        return UndoRecord{"Copy", {UndoChange::created(copy, ItemStamp::of(copy))}};
+    };
+    const auto trashItem = [&] {
+        CancellationToken token;
+        OperationProgressTracker progress;
+        return UndoRecord{"Move to Trash", TrashOperation::run({item()}, token, progress).undoChanges};
+    };
+    const Case cases[] = {
+        {"copy edited",
+         makeCopy,
+         [&] { write(copy, "edited!!"); },
+         {"“copy.txt” changed after the operation, so it was left as it is."}},
+        {"copy rewritten with the same bytes",
+         makeCopy,
+         [&] {
+             struct stat st {};
+             ::lstat(copy.c_str(), &st);
+             write(copy, "original");
+             const timespec later[2] = {{0, UTIME_OMIT}, {st.st_mtim.tv_sec + 5, 0}};
+             ::utimensat(AT_FDCWD, copy.c_str(), later, AT_SYMLINK_NOFOLLOW);
+         },
+         {"“copy.txt” changed after the operation, so it was left as it is."}},
+        {"copy removed", makeCopy, [&] { fs::remove(copy); }, {"“copy.txt” is no longer where the operation left it."}},
+        {"copy replaced by another file of the same name",
+         makeCopy,
+         [&] {
+             fs::remove(copy);
+             fs::copy_file(item(), copy);
+         },
+         {"“copy.txt” changed after the operation, so it was left as it is."}},
+        {"moved item's old place retaken",
+         [&] { return movedByHand(item(), work / "moved.txt"); },
+         [&] { tree.file("work/a\xE9.txt", "newcomer"); },
+         {"Another item named “a\\xE9.txt” is now in its old place, so it was left where it is."}},
+        {"moved item gone",
+         [&] { return movedByHand(item(), work / "moved.txt"); },
+         [&] { fs::remove(work / "moved.txt"); },
+         {"“moved.txt” is no longer where the operation left it."}},
+        {"trashed item's old place retaken",
+         trashItem,
+         [&] { tree.file("work/a\xE9.txt", "newcomer"); },
+         {"Another item named “a\\xE9.txt” is now in its old place, so it was left where it is."}},
+        {"trash emptied",
+         trashItem,
+         [&] { test::removeTree(trash.folder()); },
+         {"“a\\xE9.txt” is no longer in the Trash (it may have been emptied)."}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        test::removeTree(work);
+        tree.file("work/a\xE9.txt", "original");
+        const auto record = c.act();
+        c.meddle();
+        const auto before = picture(tree.root());
+        const auto outcome = revert(record);
+        EXPECT_EQ(messages(outcome), c.expected);
+        EXPECT_TRUE(outcome.inverse.isEmpty());
+        EXPECT_EQ(picture(tree.root()), before) << "a refused change leaves everything where it is";
+    }
+}
+
+TEST_F(FileUndoTest, FoldersAreComparedByIdentityAndUnreadStampsAreAccepted)
+{
+    auto folder = ItemActions::createDirectory("copied folder", work).value();
+    const UndoRecord record{
+        "Copy", {UndoChange::created(folder, ItemStamp::of(folder)), UndoChange::created(item(), std::nullopt)}};
+    tree.file("work/copied folder/added later", "new");
+    write(item(), "rewritten");
+    const auto outcome = revert(record);
+    EXPECT_EQ(messages(outcome), std::vector<std::string>{});
+    EXPECT_FALSE(fs::exists(folder));
+    EXPECT_FALSE(fs::exists(item()));
+    ASSERT_EQ(outcome.inverse.changes.size(), 2u);
+    EXPECT_EQ(std::get<UndoChange::Trashed>(outcome.inverse.changes[0].change).original, item())
+        << "the inverse lists changes in the order the revert made them: the last first";
+}
+
+TEST_F(FileUndoTest, SwapsAndRotationsOfNamesUndoThroughHiddenNamesThatDoNotStay)
+{
+    const auto a = work / "a", b = work / "b", c = tree.folder("other") / "c";
+    const auto reset = [&] {
+        for (const auto& p : {a, b, c})
+            fs::remove(p);
+        write(a, "A");
+        write(b, "B");
+        write(c, "C");
+    };
+    const auto rotate = [](std::vector<fs::path> places) {
+        // Moves the item at places[i] to places[i + 1], the last to the first, through one free name.
+        const auto aside = places.back().parent_path() / "aside";
+        fs::rename(places.back(), aside);
+        for (auto i = places.size() - 1; i > 0; --i)
+            fs::rename(places[i - 1], places[i]);
+        fs::rename(aside, places.front());
+        UndoRecord record{"Rename", {}};
+        for (std::size_t i = 0; i < places.size(); ++i) {
+            const auto& to = places[(i + 1) % places.size()];
+            record.changes.push_back(UndoChange::moved(places[i], to, ItemStamp::of(to)));
+        }
+        return record;
+    };
+    for (const auto& places : {std::vector{a, b}, std::vector{a, b, c}}) {
+        SCOPED_TRACE(places.size());
+        reset();
+        const auto before = picture(tree.root());
+        const auto record = rotate(places);
+        const auto after = picture(tree.root());
+
+        auto undone = revert(record);
+        EXPECT_EQ(messages(undone), std::vector<std::string>{});
+        EXPECT_EQ(picture(tree.root()), before);
+        auto redone = revert(undone.inverse);
+        EXPECT_EQ(messages(redone), std::vector<std::string>{});
+        EXPECT_EQ(picture(tree.root()), after);
+        EXPECT_EQ(messages(revert(redone.inverse)), std::vector<std::string>{});
+        EXPECT_EQ(picture(tree.root()), before);
+    }
+
+    // One member of a swap edited: it stays, and so does its partner, whose old place it holds.
+    reset();
+    const auto record = rotate({a, b});
+    write(b, "edited");
+    const auto before = picture(tree.root());
+    const auto outcome = revert(record);
+    EXPECT_EQ(messages(outcome), (std::vector<std::string>{
+                                     "“b” changed after the operation, so it was left as it is.",
+                                     "Another item named “b” is now in its old place, so it was left where it is."}));
+    EXPECT_EQ(picture(tree.root()), before) << "the partner came back from its hidden name";
+}
+
+TEST_F(FileUndoTest, MovesBackAcrossVolumesWithoutOverwritingOrLeavingHiddenCopies)
+{
+    TempTree other("/dev/shm");
+    struct stat here {
+    }, there{};
+    ::stat(work.c_str(), &here);
+    ::stat(other.root().c_str(), &there);
+    if (here.st_dev == there.st_dev)
+        GTEST_SKIP() << "/dev/shm is not another volume here";
+
+    // A folder that an operation moved from the other volume (by copying it here).
+    other.file("album \xE9/one", "1");
+    other.link("album \xE9/link", "one");
+    const auto from = other / "album \xE9";
+    const auto otherBefore = picture(other.root());
+    fs::copy(from, work / "album \xE9", fs::copy_options::recursive | fs::copy_options::copy_symlinks);
+    fs::remove_all(from);
+    const UndoRecord record{"Move", {UndoChange::moved(from, work / "album \xE9", ItemStamp::of(work / "album \xE9"))}};
+    const auto workAfter = picture(work);
+
+    auto undone = revert(record);
+    EXPECT_EQ(messages(undone), std::vector<std::string>{});
+    EXPECT_EQ(picture(other.root()), otherBefore);
+    EXPECT_FALSE(fs::exists(work / "album \xE9"));
+    auto redone = revert(undone.inverse);
+    EXPECT_EQ(messages(redone), std::vector<std::string>{});
+    EXPECT_EQ(picture(work), workAfter);
+    EXPECT_TRUE(picture(other.root()).empty());
+
+    // An item in this volume's Trash whose old place is now on the other volume.
+    tree.file("data/Trash/files/note", "trashed");
+    tree.file("data/Trash/info/note.trashinfo", "[Trash Info]\nPath=/x/note\nDeletionDate=2024-01-01T00:00:00\n");
+    const auto restored =
+        revert({"Move to Trash", {UndoChange::trashed(other / "note", tree / "data/Trash/files/note")}});
+    EXPECT_EQ(messages(restored), std::vector<std::string>{});
+    EXPECT_EQ(other.read("note"), "trashed");
+    EXPECT_FALSE(tree.exists("data/Trash/files/note"));
+    EXPECT_FALSE(tree.exists("data/Trash/info/note.trashinfo"));
+
+    // The copy never takes a name that is taken, and leaves no hidden copy behind.
+    other.file("taken", "theirs");
+    const auto failed = CrossVolumeMove::move(item(), other / "taken");
+    ASSERT_FALSE(failed);
+    EXPECT_EQ(failed.error().code, EEXIST);
+    EXPECT_FALSE(failed.error().sourceLeft);
+    EXPECT_EQ(other.read("taken"), "theirs");
+    EXPECT_EQ(tree.read("work/a\xE9.txt"), "original");
+    EXPECT_EQ(picture(other.root()).size(), 2u) << "only note and taken";
+}
+
+TEST_F(FileUndoTest, ASystemFailureIsReportedAndLeavesTheItem)
+{
+    ::chmod(tree.root().c_str(), 0755);
+    ::chmod(work.c_str(), 0777);
+    tree.folder("work/locked");
+    const auto record = movedByHand(item(), work / "locked/moved.txt");
+    ::chmod((work / "locked").c_str(), 0755);
+    const auto outcome = test::runUnprivileged([&]() -> std::string {
+        const auto result = FileUndo::revert(record, FileUndo::systemTrash());
+        std::string text;
+        for (const auto& problem : result.problems)
+            text += problem.message() + (problem.error.isPermissionDenied() ? " [denied]" : "");
+        return text;
+    });
+    if (!outcome)
+        GTEST_SKIP() << outcome.error();
+    EXPECT_EQ(*outcome, "Couldn’t move “moved.txt”: Permission denied. [denied]");
+    EXPECT_EQ(tree.read("work/locked/moved.txt"), "original");
+    EXPECT_FALSE(tree.exists("work/a\xE9.txt"));
+}
+
+TEST(UndoRecord, RoundTripsThroughJsonWithEveryByteOfItsPaths)
+{
+    const ItemStamp stamp{std::numeric_limits<std::uint64_t>::max(), 42, false, 7, -1'500'000'000};
+    const UndoRecord record{
+        "Rename “caf\xE9” 100%",
+        {UndoChange::moved("/a/caf\xE9", "/a/%41 \xFF\xFE\n\"quoted\"", stamp),
+         UndoChange::created("/b/new folder", ItemStamp{1, 2, true, 4096, 0}),
+         UndoChange::created("/b/unknown", std::nullopt),
+         UndoChange::trashed("/c/\xC3\xA9t\xC3\xA9", "/home/u/.local/share/Trash/files/\xC3\xA9t\xC3\xA9")}};
+    const auto text = record.toJson().dump();
+    const auto parsed = nlohmann::ordered_json::parse(text); // throws if the text were not valid UTF-8 JSON
+    const auto back = UndoRecord::fromJson(parsed);
+    ASSERT_TRUE(back) << back.error();
+    EXPECT_EQ(*back, record);
+    EXPECT_NE(text.find("/a/%2541 %FF%FE"), std::string::npos) << "only “%” and bytes outside UTF-8 are escaped";
+    EXPECT_NE(text.find("\xC3\xA9t\xC3\xA9"), std::string::npos);
+
+    for (
+        const auto* bad :
+        {R"({"name":"x","changes":[],"extra":1})",
+         R"({"name":"x","changes":[{"kind":"copied","at":"/a","stamp":null}]})",
+         R"({"name":"x","changes":[{"kind":"created","at":"/a"}]})",
+         R"({"name":"x","changes":[{"kind":"created","at":"/a%G0","stamp":null}]})",
+         R"({"name":"x","changes":[{"kind":"created","at":"/a","stamp":{"device":-1,"inode":1,"isDirectory":false,"size":0,"modified":0}}]})",
+         R"({"name":"x","changes":[{"kind":"trashed","original":1,"inTrash":"/t"}]})"}) {
+        SCOPED_TRACE(bad);
+        EXPECT_FALSE(UndoRecord::fromJson(nlohmann::ordered_json::parse(bad)));
+    }
+}
+
+} // namespace
+} // namespace orbisk
