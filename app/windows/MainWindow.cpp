@@ -96,9 +96,9 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
     setCentralWidget(central);
 
     volumes_ = new VolumeMonitor(this);
-    sidebar_->setVolumes(MountTable::userVolumes(volumes_->mounts()));
+    sidebar_->setVolumes(volumes_->mounts().userVolumes());
     connect(volumes_, &VolumeMonitor::mountsChanged, this,
-            [this] { sidebar_->setVolumes(MountTable::userVolumes(volumes_->mounts())); });
+            [this] { sidebar_->setVolumes(volumes_->mounts().userVolumes()); });
     connect(sidebar_, &Sidebar::folderChosen, this, [this](const std::filesystem::path& folder) {
         activePane().navigate(folder);
         paneWidget(active_).list()->setFocus(Qt::OtherFocusReason);
