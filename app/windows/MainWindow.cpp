@@ -3,6 +3,8 @@
 #include "files/FileKind.h"
 
 #include "AppSettings.h"
+#include "operations/FileUndoCenter.h"
+#include "operations/OperationRunner.h"
 #include "panes/PaneViewController.h"
 #include "panes/SessionState.h"
 #include "places/Favorites.h"
@@ -117,8 +119,25 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
         updateCommands();
     });
 
+    undo_ = std::make_unique<FileUndoCenter>();
+    undo_->setWindow(this);
+    runner_ = std::make_unique<OperationRunner>(*undo_);
+    connect(undo_.get(), &FileUndoCenter::historyChanged, this, &MainWindow::updateUndoCommands);
+    connect(undo_.get(), &FileUndoCenter::reverted, this, [this](const std::vector<UndoChange>& changes) {
+        // What a revert put back (or brought back from the Trash) is selected where it now is.
+        OperationReport report;
+        for (const auto& change : changes) {
+            if (const auto* created = std::get_if<UndoChange::Created>(&change.change))
+                report.completed.push_back({created->at, created->at});
+            else if (const auto* moved = std::get_if<UndoChange::Moved>(&change.change))
+                report.completed.push_back({moved->from, moved->to});
+        }
+        showResults(report);
+    });
+
     buildCommands();
     buildFunctionKeys();
+    updateUndoCommands();
     keyBar_->setVisible(settings_.showFunctionKeyBar());
     refreshFavorites();
     resize(1360, 860);
@@ -126,6 +145,26 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
 }
 
 MainWindow::~MainWindow() = default;
+
+void MainWindow::showResults(const OperationReport& report)
+{
+    for (auto* pane : panes_) {
+        std::set<std::string> names;
+        for (const auto& item : report.completed) {
+            if (item.destination.parent_path() == pane->directory())
+                names.insert(item.destination.filename().native());
+        }
+        if (!names.empty()) {
+            // Select them once the new listing has them; one listing only.
+            auto connection = std::make_shared<QMetaObject::Connection>();
+            *connection = connect(pane, &PaneViewController::rowsChanged, this, [pane, names, connection] {
+                QObject::disconnect(*connection);
+                pane->select(names);
+            });
+        }
+        pane->reload(true);
+    }
+}
 
 void MainWindow::restoreSession()
 {
