@@ -34,6 +34,9 @@ struct CopyOptions {
     std::int64_t chunkBytes = std::int64_t{8} << 20;
     /// The first method tried; tests and benchmarks start lower to measure the others.
     CopyMethod firstMethod = CopyMethod::clone;
+    /// Write into an unnamed file (O_TMPFILE) that is linked in when complete; off, or where the
+    /// file system cannot, the copy is written under a hidden temporary name and renamed.
+    bool unnamedFile = true;
 };
 
 } // namespace orbisk

@@ -77,25 +77,34 @@ TEST(FileCopierSafety, ADestinationThatAppearsDuringTheCopyWinsAndNoTemporaryEnt
     EXPECT_EQ(test::namesIn(tree.root()), (std::vector<std::string>{"source", "target"}));
 }
 
-TEST(FileCopierSafety, WhileCopyingOnlyARecognisableHiddenEntryExists)
+TEST(FileCopierSafety, WhileCopyingNoEntryOrOnlyARecognisableHiddenOneExists)
 {
-    TempTree tree;
-    tree.file("source", test::randomBytes(256 * 1024));
-    const fs::path into = tree.folder("into");
-    std::vector<std::vector<std::string>> seen;
-    auto progress = [&](std::int64_t done) {
-        if (done > 0)
-            seen.push_back(test::namesIn(into));
-        return CopyControl::proceed;
-    };
-    ASSERT_TRUE(FileCopier::copyFile(tree / "source", into / "copy", progress, smallChunks));
-    ASSERT_FALSE(seen.empty());
-    for (const auto& names : seen) {
-        ASSERT_EQ(names.size(), 1U);
-        EXPECT_TRUE(FileCopier::isTemporaryName(names[0])) << names[0];
-        EXPECT_TRUE(names[0].starts_with(".copy.ob-copying-")) << names[0];
+    for (const bool unnamedFile : {true, false}) {
+        SCOPED_TRACE(unnamedFile ? "unnamed file" : "hidden temporary name");
+        TempTree tree;
+        tree.file("source", test::randomBytes(256 * 1024));
+        const fs::path into = tree.folder("into");
+        std::vector<std::vector<std::string>> seen;
+        auto progress = [&](std::int64_t done) {
+            if (done > 0)
+                seen.push_back(test::namesIn(into));
+            return CopyControl::proceed;
+        };
+        CopyOptions options = smallChunks;
+        options.unnamedFile = unnamedFile;
+        ASSERT_TRUE(FileCopier::copyFile(tree / "source", into / "copy", progress, options));
+        ASSERT_FALSE(seen.empty());
+        for (const auto& names : seen) {
+            // An unnamed file has no entry until it is complete.
+            ASSERT_EQ(names.size(), unnamedFile ? 0U : 1U);
+            if (!unnamedFile) {
+                EXPECT_TRUE(FileCopier::isTemporaryName(names[0])) << names[0];
+                EXPECT_TRUE(names[0].starts_with(".copy.ob-copying-")) << names[0];
+            }
+        }
+        EXPECT_EQ(test::namesIn(into), (std::vector<std::string>{"copy"}));
+        EXPECT_EQ(tree.read("into/copy"), tree.read("source"));
     }
-    EXPECT_EQ(test::namesIn(into), (std::vector<std::string>{"copy"}));
 }
 
 TEST(FileCopierSafety, CancellingLeavesNeitherTheCopyNorItsTemporaryEntry)

@@ -1,0 +1,169 @@
+// Copies or moves a list of items into one folder, with every conflict rule, safely across volumes.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "operations/CancellationToken.h"
+#include "operations/ConflictChoice.h"
+#include "operations/FileOperationError.h"
+#include "operations/NameConflict.h"
+#include "operations/OperationProgressTracker.h"
+#include "operations/OperationReport.h"
+#include "platform/CopyOptions.h"
+
+namespace orbisk {
+
+/// One engine per operation: build it, set what the caller needs, call run() once on a worker
+/// thread. The token and the tracker must outlive run(); they are the only state shared with other
+/// threads. Per-item failures go into the report and the run goes on; cancellation stops between
+/// items and inside files; a full destination volume stops the run with an abort reason. Nothing
+/// is ever overwritten in place and nothing the engine left half-made stays behind.
+class TransferEngine {
+public:
+    enum class Kind : std::uint8_t { copy, move };
+
+    /// Called on the worker thread for a clash that no standing answer covers; blocks until the
+    /// user answers. Without a handler every such clash is answered cancel.
+    using ConflictHandler = std::function<ConflictDecision(const NameConflict&)>;
+    /// Moves an item being replaced to the Trash and says where it went (nothing when unknown),
+    /// or fails with an errno. Without one, the current user's Trash is used.
+    using ReplacedItemDisposer =
+        std::function<std::expected<std::optional<std::filesystem::path>, int>(const std::filesystem::path&)>;
+
+    TransferEngine(Kind kind, std::vector<std::filesystem::path> sources, std::filesystem::path destinationDirectory,
+                   CancellationToken& cancellation, OperationProgressTracker& progress);
+
+    /// The name a source must get in the destination (from a new name or a mask); others keep theirs.
+    std::map<std::filesystem::path, std::string> targetNames;
+    /// Move by copy-then-delete even within one volume.
+    bool forceCopyThenDelete = false;
+    ConflictHandler conflictHandler;
+    /// A standing answer for every clash; absent means ask.
+    std::optional<ConflictChoice> conflictPolicy;
+    /// Merge a folder into a mergeable folder of the same name without asking.
+    bool mergeFolders = false;
+    ReplacedItemDisposer replacedItemDisposer;
+    /// Called once, on the worker thread, before a copy-then-delete move removes its sources.
+    std::function<void()> beforeSourceRemoval;
+    /// How regular files are copied (chunk size between progress and cancellation checks).
+    CopyOptions copyOptions;
+
+    /// Runs the whole operation on the calling thread and returns its report. Call once.
+    [[nodiscard]] OperationReport run();
+
+private:
+    struct Plan {
+        std::filesystem::path source;
+        std::string targetName;
+        bool isRealDirectory = false;
+        bool useRename = false;
+        bool crossesVolume = false;
+        std::int64_t itemCount = 1;
+        std::int64_t byteCount = 0;
+    };
+
+    /// How the entries of one top-level item travel.
+    struct Mode {
+        bool move = false;
+        bool useRename = false;
+    };
+
+    struct Resolution {
+        enum class Kind : std::uint8_t { use, replace, merge, stop };
+        Kind kind = Kind::stop;
+        std::filesystem::path url;
+        bool renamingExisting = false;
+    };
+
+    struct Replacement {
+        std::filesystem::path existing;
+        bool renamingExisting = false;
+    };
+
+    /// One entry copied during a copy-then-delete move, as its source was before the copy. The
+    /// path lives in copiedPaths_, so a record costs a few dozen bytes however long the path.
+    struct CopiedRecord {
+        std::uint64_t pathOffset = 0;
+        std::uint32_t pathLength = 0;
+        bool isDirectory = false;
+        std::uint64_t device = 0;
+        std::uint64_t inode = 0;
+        std::int64_t size = 0;
+        struct timespec modified {};
+    };
+
+    enum class CopyResult : std::uint8_t { copied, failed, cancelled, volumeFull };
+
+    // Planning (TransferEngine.cpp)
+    [[nodiscard]] bool checkSource(const std::filesystem::path& source, const struct stat& destination,
+                                   const std::string& targetName);
+    [[nodiscard]] std::optional<Plan> makePlan(const std::filesystem::path& source, const struct stat& destination);
+    [[nodiscard]] bool countTree(int folderFd, Plan& plan);
+    [[nodiscard]] bool hasRoomFor(const std::vector<Plan>& plans);
+    void finishTopLevel(std::int64_t itemsDone, std::int64_t bytesDone);
+
+    // Performing items (TransferEngineItems.cpp)
+    void performItem(const std::filesystem::path& source, const std::filesystem::path& folder, const std::string& name,
+                     Mode mode, std::int64_t itemCount);
+    void mergeInto(const std::filesystem::path& source, const std::filesystem::path& existing, Mode mode);
+    void recordSuccess(const std::filesystem::path& source, const std::filesystem::path& final, bool moved);
+
+    // Clashes (TransferEngineConflicts.cpp)
+    [[nodiscard]] Resolution resolveClash(const std::filesystem::path& source, const struct stat& sourceStatus,
+                                          const std::filesystem::path& existing, const struct stat& existingStatus,
+                                          std::int64_t itemCount);
+    [[nodiscard]] ConflictChoice decide(const NameConflict& conflict);
+    void skip(const std::filesystem::path& source, std::int64_t itemCount);
+
+    // Replacing (TransferEngineReplace.cpp)
+    [[nodiscard]] std::optional<std::filesystem::path> freeReplacingName(const std::filesystem::path& folder,
+                                                                         const std::string& name) const;
+    [[nodiscard]] bool finishReplacement(const Replacement& replacement, const std::filesystem::path& temporary,
+                                         const std::filesystem::path& source, bool renamedSource);
+    void giveBackTemporary(const std::filesystem::path& temporary, const std::filesystem::path& source,
+                           bool renamedSource);
+
+    // Copying (TransferEngineCopy.cpp)
+    [[nodiscard]] CopyResult copyEntry(const std::filesystem::path& source, const std::filesystem::path& destination,
+                                       bool recordForMove);
+    [[nodiscard]] CopyResult copyFolder(const std::filesystem::path& source, const std::filesystem::path& destination,
+                                        bool recordForMove);
+    [[nodiscard]] CopyResult copyRegularFile(const std::filesystem::path& source,
+                                             const std::filesystem::path& destination);
+    void stopForFullVolume(int code);
+    void removePartial(const std::filesystem::path& destination);
+    void fail(const std::filesystem::path& item, FileOperationError error);
+
+    // Copy-then-delete (TransferEngineRemoval.cpp)
+    void record(const std::filesystem::path& source, const struct stat& status);
+    void forgetRecordsFrom(std::size_t mark);
+    void removeCopiedSources();
+
+    Kind kind_;
+    std::vector<std::filesystem::path> sources_;
+    std::filesystem::path destinationDirectory_;
+    CancellationToken& cancellation_;
+    OperationProgressTracker& progress_;
+
+    OperationReport report_;
+    std::optional<ConflictChoice> rememberedChoice_;
+    std::int64_t bytesDoneBeforeCurrentFile_ = 0;
+    bool stopRequested_ = false;
+    std::vector<CopiedRecord> copiedForMove_;
+    std::string copiedPaths_;
+    /// Sources deliberately left behind by a move (skipped or failed), so that the removal does
+    /// not count them again; holds only those, never every entry.
+    std::set<std::string> leftOnPurpose_;
+};
+
+} // namespace orbisk

@@ -1,0 +1,196 @@
+// Copying one entry, depth first: folders, links and regular files through the file copier.
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+
+#include "operations/TransferEngine.h"
+#include "platform/FileCopier.h"
+#include "support/L10n.h"
+#include "support/Translate.h"
+
+namespace orbisk {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isVolumeFull(int code)
+{
+    return code == ENOSPC || code == EDQUOT;
+}
+
+// Makes every folder under path writable and searchable again: a copied folder gets the source's
+// mode after its contents, so a read-only one would refuse the removal of what is inside it.
+void makeRemovable(const fs::path& path)
+{
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+        return;
+    ::chmod(path.c_str(), 0700);
+    std::error_code error;
+    for (fs::directory_iterator it(path, error), end; !error && it != end; it.increment(error))
+        makeRemovable(it->path());
+}
+
+} // namespace
+
+TransferEngine::CopyResult TransferEngine::copyEntry(const fs::path& source, const fs::path& destination,
+                                                     bool recordForMove)
+{
+    struct stat status {};
+    if (::lstat(source.c_str(), &status) != 0) {
+        fail(source, FileOperationError::itemMissing(source));
+        return CopyResult::failed;
+    }
+    progress_.update([&](OperationProgress& p) { p.setCurrentPath(source.native()); });
+
+    CopyResult result = CopyResult::copied;
+    if (S_ISDIR(status.st_mode)) {
+        // A folder is recorded before its entries, so that the removal meets it after them.
+        if (recordForMove)
+            record(source, status);
+        return copyFolder(source, destination, recordForMove);
+    }
+    if (S_ISLNK(status.st_mode)) {
+        if (auto copied = FileCopier::copyLink(source, destination); !copied) {
+            const CopyError& error = copied.error();
+            if (error.isVolumeFull()) {
+                stopForFullVolume(error.code);
+                return CopyResult::volumeFull;
+            }
+            const bool creating = error.step == CopyStep::createLink || error.step == CopyStep::createDestination ||
+                                  error.step == CopyStep::rename;
+            fail(source, FileOperationError::system(error.code, creating ? "create the link" : "copy the link",
+                                                    creating ? destination : source));
+            result = CopyResult::failed;
+        }
+    } else if (S_ISREG(status.st_mode)) {
+        result = copyRegularFile(source, destination);
+    } else {
+        fail(source, FileOperationError::unsupportedFileType(source));
+        result = CopyResult::failed;
+    }
+    if (result != CopyResult::copied)
+        return result;
+    if (recordForMove)
+        record(source, status);
+    progress_.update([](OperationProgress& p) { ++p.completedItems; });
+    return result;
+}
+
+TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, const fs::path& destination,
+                                                      bool recordForMove)
+{
+    if (auto created = FileCopier::createFolder(destination); !created) {
+        if (isVolumeFull(created.error().code)) {
+            stopForFullVolume(created.error().code);
+            return CopyResult::volumeFull;
+        }
+        fail(source, FileOperationError::system(created.error().code, "create the folder", destination));
+        return CopyResult::failed;
+    }
+    DIR* folder = ::opendir(source.c_str());
+    if (!folder) {
+        fail(source, FileOperationError::system(errno, "read", source));
+        removePartial(destination);
+        return CopyResult::failed;
+    }
+    progress_.update([](OperationProgress& p) { ++p.completedItems; });
+
+    CopyResult result = CopyResult::copied;
+    while (const dirent* entry = ::readdir(folder)) {
+        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+            continue;
+        if (cancellation_.isCancelled()) {
+            result = CopyResult::cancelled;
+            break;
+        }
+        const fs::path child = source / entry->d_name;
+        const CopyResult copied = copyEntry(child, destination / entry->d_name, recordForMove);
+        if (copied == CopyResult::cancelled || copied == CopyResult::volumeFull) {
+            result = copied;
+            break;
+        }
+        // A failed entry is reported and stays behind in a move; its folder goes on without it.
+        if (copied == CopyResult::failed && recordForMove)
+            leftOnPurpose_.insert(child.native());
+    }
+    ::closedir(folder);
+
+    if (result != CopyResult::copied) {
+        // A folder copy that was cancelled or ran out of space is not a copy anyone asked for:
+        // everything under it was made by this run and goes again.
+        removePartial(destination);
+        return result;
+    }
+    if (auto copied = FileCopier::copyFolderMetadata(source, destination); !copied) {
+        if (isVolumeFull(copied.error().code)) {
+            removePartial(destination);
+            stopForFullVolume(copied.error().code);
+            return CopyResult::volumeFull;
+        }
+        fail(source, FileOperationError::system(copied.error().code, "copy the attributes of", source));
+    }
+    return CopyResult::copied;
+}
+
+TransferEngine::CopyResult TransferEngine::copyRegularFile(const fs::path& source, const fs::path& destination)
+{
+    std::int64_t fileBytes = 0;
+    const auto onBytes = [&](std::int64_t done) {
+        if (cancellation_.isCancelled())
+            return CopyControl::stop;
+        fileBytes = done;
+        progress_.update([&](OperationProgress& p) { p.completedBytes = bytesDoneBeforeCurrentFile_ + done; });
+        return CopyControl::proceed;
+    };
+    auto copied = FileCopier::copyFile(source, destination, onBytes, copyOptions);
+    if (copied && *copied == CopyOutcome::cancelled) {
+        cancellation_.cancel();
+        report_.cancelled = true;
+        return CopyResult::cancelled;
+    }
+    if (!copied) {
+        const CopyError& error = copied.error();
+        if (error.kind == CopyError::Kind::unsupportedFileType) {
+            fail(source, FileOperationError::unsupportedFileType(source));
+        } else if (error.isVolumeFull()) {
+            stopForFullVolume(error.code);
+            return CopyResult::volumeFull;
+        } else {
+            fail(source, FileOperationError::system(error.code, "copy", source));
+        }
+        return CopyResult::failed;
+    }
+    bytesDoneBeforeCurrentFile_ += fileBytes;
+    return CopyResult::copied;
+}
+
+void TransferEngine::stopForFullVolume(int code)
+{
+    stopRequested_ = true;
+    if (!report_.abortReason)
+        report_.abortReason =
+            L(translate("Orbisk", "The destination volume is full (%@). Remaining items were not processed."),
+              FileOperationError::systemText(code));
+}
+
+// Removes an incomplete copy this run made (a file, or a folder with what was copied into it).
+void TransferEngine::removePartial(const fs::path& destination)
+{
+    std::error_code error;
+    fs::remove_all(destination, error);
+    if (error) {
+        makeRemovable(destination);
+        error.clear();
+        fs::remove_all(destination, error);
+    }
+    if (error)
+        fail(destination, FileOperationError::cleanupFailed(destination, error.message() + "."));
+}
+
+} // namespace orbisk
