@@ -11,6 +11,7 @@
 #include <array>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <string_view>
 
 class QAction;
@@ -20,7 +21,10 @@ class QSplitter;
 namespace orbisk {
 
 class AppSettings;
+class FileUndoCenter;
 class FunctionKeyBar;
+class OperationRunner;
+struct OperationReport;
 class PaneViewController;
 class PaneWidget;
 class Sidebar;
@@ -48,6 +52,14 @@ public:
     /// The action of a catalog command; nothing for commands the main window does not have.
     [[nodiscard]] QAction* command(ShortcutCommand identifier) const;
 
+    /// The window's file operations: every command that changes the disk runs through it.
+    [[nodiscard]] OperationRunner& operations() const { return *runner_; }
+    /// The window's file undo history, apart from the text fields' own.
+    [[nodiscard]] FileUndoCenter& undoCenter() const { return *undo_; }
+    /// After an operation: both panes list their folders again and select what the report says
+    /// ended up in them.
+    void showResults(const OperationReport& report);
+
 protected:
     void closeEvent(QCloseEvent* event) override;
 
@@ -67,6 +79,7 @@ private:
     void toggleFavorite();
     void goToFavorite(std::size_t index);
     void refreshFavorites();
+    void updateUndoCommands();
 
     AppSettings& settings_;
     KindTexts kinds_;
@@ -81,6 +94,10 @@ private:
     VolumeMonitor* volumes_ = nullptr;
     std::map<ShortcutCommand, QAction*> commands_;
     QAction* functionKeyBarToggle_ = nullptr;
+    // Declared last so that the runner goes first: it waits for its workers before anything they
+    // report to is destroyed.
+    std::unique_ptr<FileUndoCenter> undo_;
+    std::unique_ptr<OperationRunner> runner_;
 };
 
 } // namespace orbisk
