@@ -69,8 +69,9 @@ std::optional<ConflictChoice> AppSettings::transferConflictPolicy() const
 void AppSettings::setTransferConflictPolicy(std::optional<ConflictChoice> policy)
 {
     store_->setValue("transferConflictPolicy",
-                     policy ? QString::fromUtf8(rawValue(*policy).data(), static_cast<qsizetype>(rawValue(*policy).size()))
-                            : QStringLiteral("ask"));
+                     policy
+                         ? QString::fromUtf8(rawValue(*policy).data(), static_cast<qsizetype>(rawValue(*policy).size()))
+                         : QStringLiteral("ask"));
 }
 
 std::vector<std::filesystem::path> AppSettings::favoriteLocations() const

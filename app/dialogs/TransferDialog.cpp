@@ -51,8 +51,11 @@ std::string policyTitle(ConflictChoice choice)
 const std::vector<ConflictChoice>& TransferDialog::offeredPolicies()
 {
     static const std::vector<ConflictChoice> choices = {
-        ConflictChoice::keepBoth,           ConflictChoice::skip,           ConflictChoice::replace,
-        ConflictChoice::replaceIfOlder,     ConflictChoice::replaceIfDifferent,
+        ConflictChoice::keepBoth,
+        ConflictChoice::skip,
+        ConflictChoice::replace,
+        ConflictChoice::replaceIfOlder,
+        ConflictChoice::replaceIfDifferent,
         ConflictChoice::renameExisting,
     };
     return choices;
@@ -84,7 +87,8 @@ TransferDialog::TransferDialog(Kind kind, const std::vector<std::filesystem::pat
     form->addRow(qtext(translate("Orbisk", "If an item already exists:")), policyBox_);
 
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
-    buttons->button(QDialogButtonBox::Ok)->setText(qtext(copy ? translate("Orbisk", "Copy") : translate("Orbisk", "Move")));
+    buttons->button(QDialogButtonBox::Ok)
+        ->setText(qtext(copy ? translate("Orbisk", "Copy") : translate("Orbisk", "Move")));
     buttons->button(QDialogButtonBox::Cancel)->setText(qtext(translate("Orbisk", "Cancel")));
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);

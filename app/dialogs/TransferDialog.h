@@ -23,9 +23,8 @@ public:
 
     /// A dialog for sending items to destination (usually the other pane's folder), showing policy
     /// as the clash choice. Open it with open(); accepted() means the user confirmed.
-    TransferDialog(Kind kind, const std::vector<std::filesystem::path>& items,
-                   const std::filesystem::path& destination, std::optional<ConflictChoice> policy,
-                   QWidget* parent = nullptr);
+    TransferDialog(Kind kind, const std::vector<std::filesystem::path>& items, const std::filesystem::path& destination,
+                   std::optional<ConflictChoice> policy, QWidget* parent = nullptr);
 
     /// The destination as the user left it, in exact bytes (see TypedPath).
     [[nodiscard]] std::string destinationText() const;

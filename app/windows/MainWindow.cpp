@@ -3,6 +3,7 @@
 #include "files/FileKind.h"
 
 #include "AppSettings.h"
+#include "commands/FileCommands.h"
 #include "panes/PaneViewController.h"
 #include "panes/SessionState.h"
 #include "places/Favorites.h"
@@ -62,6 +63,10 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
             updateTitle();
             updateCommands();
         });
+        connect(pane, &PaneViewController::selectionChanged, this, [this, side] {
+            if (side == active_)
+                updateCommands();
+        });
         connect(pane, &PaneViewController::openFailed, this, [this](const QString& message) {
             auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Orbisk"), message, QMessageBox::Ok, this);
             box->setAttribute(Qt::WA_DeleteOnClose);
@@ -117,6 +122,7 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
         updateCommands();
     });
 
+    files_ = new FileCommands(*this, settings_);
     buildCommands();
     buildFunctionKeys();
     keyBar_->setVisible(settings_.showFunctionKeyBar());

@@ -14,8 +14,12 @@ using std::filesystem::path;
 TEST(FileUri, PathsTravelByteExactThroughTheirUrl)
 {
     const std::vector<std::string> paths = {
-        "/home/u/plain.txt",     "/home/u/with space & 100%.txt", "/tmp/caf\xC3\xA9",
-        "/tmp/not-utf8-\xE9\xFF", "/tmp/line\nbreak",              "/tmp/hash#and?query",
+        "/home/u/plain.txt",
+        "/home/u/with space & 100%.txt",
+        "/tmp/caf\xC3\xA9",
+        "/tmp/not-utf8-\xE9\xFF",
+        "/tmp/line\nbreak",
+        "/tmp/hash#and?query",
         "/",
     };
     for (const auto& original : paths) {
