@@ -3,7 +3,6 @@
 
 #include "operations/FileUndo.h"
 #include "operations/UndoRecord.h"
-#include "platform/Trash.h"
 
 #include <QObject>
 
@@ -17,6 +16,8 @@ class QWidget;
 namespace orbisk {
 
 class OperationRunner;
+// Only declared: its header and the panes' mount list both name a MountTable.
+class Trash;
 
 /// One per window (not a singleton). Undo and redo run FileUndo::revert through the runner, one at
 /// a time in the order asked: two quick undos revert the last two records in order, the second
@@ -25,8 +26,9 @@ class OperationRunner;
 class FileUndoCenter : public QObject {
     Q_OBJECT
 public:
-    /// trash is where reverts, replacements and Move to Trash send items.
-    explicit FileUndoCenter(Trash trash = Trash::forCurrentUser(), QObject* parent = nullptr);
+    /// trash is where reverts, replacements and Move to Trash send items; null means the current
+    /// user's Trash.
+    explicit FileUndoCenter(std::shared_ptr<const Trash> trash = nullptr, QObject* parent = nullptr);
     ~FileUndoCenter() override;
 
     /// The runner that reverts go through; the runner attaches itself when it is made.
@@ -34,7 +36,7 @@ public:
     /// The window that carries the reverts' panels and alerts (not owned).
     void setWindow(QWidget* window) { window_ = window; }
 
-    [[nodiscard]] const Trash& trash() const { return trash_; }
+    [[nodiscard]] const Trash& trash() const { return *trash_; }
     /// The Trash as FileUndo takes it.
     [[nodiscard]] FileUndo::TrashService trashService() const;
 
@@ -78,7 +80,7 @@ private:
     void enqueue(Job job);
     void next();
 
-    Trash trash_;
+    std::shared_ptr<const Trash> trash_;
     OperationRunner* runner_ = nullptr;
     QWidget* window_ = nullptr;
     std::vector<std::shared_ptr<Step>> undoSteps_;

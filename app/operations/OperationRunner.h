@@ -55,6 +55,8 @@ struct TransferRequest {
     std::optional<ConflictChoice> conflictPolicy;
     bool mergeFolders = false;
     bool forceCopyThenDelete = false;
+    /// How regular files are copied (chunk size between progress and cancellation checks).
+    CopyOptions copyOptions;
     /// Called on the worker thread before a copy-then-delete move removes its sources.
     std::function<void()> beforeSourceRemoval;
     /// Changes made before the transfer that belong to the same undo step (the folder that New

@@ -92,7 +92,7 @@ void PaneViewController::navigate(const std::filesystem::path& to, std::optional
     watcher->setFuture(QtConcurrent::run([read, mounts, describe, to, includeHidden, arrangement] {
         LoadResult result{read(to, includeHidden), {}, {}, arrangement, {}};
         if (result.items) {
-            result.mountPoint = MountTable::mountPointOf(to, mounts());
+            result.mountPoint = mounts().mountPointOf(to);
             result.capacity = Paths::volumeCapacity(to);
             result.rows = PaneListing::rows(to, *result.items, arrangement, describe);
         }
@@ -192,7 +192,7 @@ void PaneViewController::loadFailed(const std::filesystem::path& to, std::error_
     }
     const auto& mountPoint = current.mountPoint;
     const bool volumeGone = !mountPoint.empty() && mountPoint != "/" && Paths::isSameOrInside(to, mountPoint) &&
-                            !MountTable::isMounted(mountPoint, services_.mounts());
+                            !services_.mounts().isMounted(mountPoint);
     std::filesystem::path destination;
     PaneNotice notice;
     if (volumeGone) {

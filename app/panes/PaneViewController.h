@@ -5,7 +5,7 @@
 #include "panes/PaneListing.h"
 #include "panes/PaneTab.h"
 #include "panes/SessionState.h"
-#include "places/MountTable.h"
+#include "platform/MountTable.h"
 #include "support/Paths.h"
 
 #include <QObject>
@@ -34,7 +34,7 @@ struct PaneServices {
     /// Reads a folder; runs on a worker thread. Empty means DirectoryReader::read.
     std::function<std::expected<std::vector<FileItem>, std::error_code>(const std::filesystem::path&, bool)> read;
     std::function<std::filesystem::path()> home = [] { return Paths::home(); };
-    std::function<std::vector<Mount>()> mounts = [] { return MountTable::current(); };
+    std::function<MountTable()> mounts = [] { return MountTable::read().value_or(MountTable{}); };
     /// Opens a file with its default application; false when that failed.
     std::function<bool(const std::filesystem::path&)> openFile;
     int busyIndicatorDelay = 150;

@@ -19,13 +19,9 @@ VolumeMonitor::VolumeMonitor(QObject* parent) : QObject(parent)
     // notifier waits for; reading the file again from the start re-arms it.
     notifier_ = new QSocketNotifier(descriptor_, QSocketNotifier::Exception, this);
     connect(notifier_, &QSocketNotifier::activated, this, [this] {
-        const auto before = mounts_.size();
-        const auto old = mounts_;
+        const auto old = mounts_.entries();
         reread();
-        bool same = before == mounts_.size();
-        for (std::size_t i = 0; same && i < mounts_.size(); ++i)
-            same = mounts_[i].mountPoint == old[i].mountPoint && mounts_[i].source == old[i].source;
-        if (!same)
+        if (mounts_.entries() != old)
             emit mountsChanged();
     });
 }

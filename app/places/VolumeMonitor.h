@@ -1,7 +1,7 @@
 // Tells the window when a volume is mounted or unmounted (poll on /proc/self/mountinfo).
 #pragma once
 
-#include "places/MountTable.h"
+#include "platform/MountTable.h"
 
 #include <QObject>
 
@@ -18,7 +18,7 @@ public:
     ~VolumeMonitor() override;
 
     /// The mounts as last read.
-    [[nodiscard]] const std::vector<Mount>& mounts() const { return mounts_; }
+    [[nodiscard]] const MountTable& mounts() const { return mounts_; }
 
 signals:
     /// The mount table changed; mounts() holds the new one.
@@ -28,7 +28,7 @@ private:
     void reread();
     int descriptor_ = -1;
     QSocketNotifier* notifier_ = nullptr;
-    std::vector<Mount> mounts_;
+    MountTable mounts_;
 };
 
 } // namespace orbisk

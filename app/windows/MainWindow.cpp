@@ -4,6 +4,8 @@
 
 #include "AppSettings.h"
 #include "commands/FileCommands.h"
+#include "operations/FileUndoCenter.h"
+#include "operations/OperationRunner.h"
 #include "panes/PaneViewController.h"
 #include "panes/SessionState.h"
 #include "places/Favorites.h"
@@ -99,9 +101,9 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
     setCentralWidget(central);
 
     volumes_ = new VolumeMonitor(this);
-    sidebar_->setVolumes(MountTable::userVolumes(volumes_->mounts()));
+    sidebar_->setVolumes(volumes_->mounts().userVolumes());
     connect(volumes_, &VolumeMonitor::mountsChanged, this,
-            [this] { sidebar_->setVolumes(MountTable::userVolumes(volumes_->mounts())); });
+            [this] { sidebar_->setVolumes(volumes_->mounts().userVolumes()); });
     connect(sidebar_, &Sidebar::folderChosen, this, [this](const std::filesystem::path& folder) {
         activePane().navigate(folder);
         paneWidget(active_).list()->setFocus(Qt::OtherFocusReason);
@@ -122,9 +124,26 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
         updateCommands();
     });
 
+    undo_ = std::make_unique<FileUndoCenter>();
+    undo_->setWindow(this);
+    runner_ = std::make_unique<OperationRunner>(*undo_);
+    connect(undo_.get(), &FileUndoCenter::historyChanged, this, &MainWindow::updateUndoCommands);
+    connect(undo_.get(), &FileUndoCenter::reverted, this, [this](const std::vector<UndoChange>& changes) {
+        // What a revert put back (or brought back from the Trash) is selected where it now is.
+        OperationReport report;
+        for (const auto& change : changes) {
+            if (const auto* created = std::get_if<UndoChange::Created>(&change.change))
+                report.completed.push_back({created->at, created->at});
+            else if (const auto* moved = std::get_if<UndoChange::Moved>(&change.change))
+                report.completed.push_back({moved->from, moved->to});
+        }
+        showResults(report);
+    });
+
     files_ = new FileCommands(*this, settings_);
     buildCommands();
     buildFunctionKeys();
+    updateUndoCommands();
     keyBar_->setVisible(settings_.showFunctionKeyBar());
     refreshFavorites();
     resize(1360, 860);
@@ -132,6 +151,19 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
 }
 
 MainWindow::~MainWindow() = default;
+
+void MainWindow::showResults(const OperationReport& report)
+{
+    for (auto* pane : panes_) {
+        std::vector<std::string> names;
+        for (const auto& item : report.completed) {
+            if (item.destination.parent_path() == pane->directory())
+                names.push_back(item.destination.filename().native());
+        }
+        // Selected once the new listing has them, the first one focused.
+        pane->reloadSelecting(std::move(names));
+    }
+}
 
 void MainWindow::restoreSession()
 {

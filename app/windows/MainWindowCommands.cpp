@@ -2,6 +2,7 @@
 #include "AppSettings.h"
 #include "commands/FileCommands.h"
 #include "files/PatternPrompt.h"
+#include "operations/FileUndoCenter.h"
 #include "panes/PaneViewController.h"
 #include "places/Favorites.h"
 #include "support/DisplayText.h"
@@ -98,8 +99,13 @@ void MainWindow::buildCommands()
     connect(addCommand(file, C::quit, translate("Orbisk", "Quit")), &QAction::triggered, this, &QWidget::close);
 
     auto* edit = menuBar()->addMenu(qtext(translate("Orbisk", "&Edit")));
-    addLaterCommand(edit, C::undo, translate("Orbisk", "Undo"));
-    addLaterCommand(edit, C::redo, translate("Orbisk", "Redo"));
+    // The file history's own actions. A focused text field takes Ctrl+Z and Ctrl+Shift+Z for its
+    // own undo first (it claims standard editing keys before window shortcuts), so typing and file
+    // operations never share steps.
+    connect(addCommand(edit, C::undo, translate("Orbisk", "Undo")), &QAction::triggered, this,
+            [this] { undo_->undo(); });
+    connect(addCommand(edit, C::redo, translate("Orbisk", "Redo")), &QAction::triggered, this,
+            [this] { undo_->redo(); });
     edit->addSeparator();
     connect(addCommand(edit, C::copyFiles, translate("Orbisk", "Copy Files")), &QAction::triggered, this,
             [this] { files_->copyFiles(); });
@@ -279,6 +285,20 @@ void MainWindow::updateCommands()
     functionKeyBarToggle_->setText(qtext(settings_.showFunctionKeyBar()
                                              ? translate("Orbisk", "Hide Function Key Bar")
                                              : translate("Orbisk", "Show Function Key Bar")));
+}
+
+void MainWindow::updateUndoCommands()
+{
+    if (commands_.empty())
+        return;
+    // A name may hold "&", which a menu would read as a mnemonic.
+    const auto menuText = [](const std::string& text) {
+        return qtext(text).replace(QLatin1Char('&'), QStringLiteral("&&"));
+    };
+    command(C::undo)->setText(menuText(undo_->undoText()));
+    command(C::undo)->setEnabled(undo_->canUndo());
+    command(C::redo)->setText(menuText(undo_->redoText()));
+    command(C::redo)->setEnabled(undo_->canRedo());
 }
 
 void MainWindow::goToFolder()

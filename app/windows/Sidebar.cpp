@@ -136,7 +136,7 @@ void Sidebar::fill(QTreeWidgetItem* sectionItem, const std::vector<std::pair<QSt
     sectionItem->setHidden(entries.empty());
 }
 
-void Sidebar::setVolumes(const std::vector<Mount>& volumes)
+void Sidebar::setVolumes(const std::vector<MountEntry>& volumes)
 {
     std::vector<std::pair<QString, std::filesystem::path>> entries;
     for (const auto& volume : volumes)

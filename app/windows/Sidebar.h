@@ -1,7 +1,7 @@
 // The sidebar: places (home, user folders, "/", mounted volumes), favourites and recent folders.
 #pragma once
 
-#include "places/MountTable.h"
+#include "platform/MountTable.h"
 
 #include <QTreeWidget>
 
@@ -16,7 +16,7 @@ class Sidebar : public QTreeWidget {
 public:
     explicit Sidebar(QWidget* parent = nullptr);
 
-    void setVolumes(const std::vector<Mount>& volumes);
+    void setVolumes(const std::vector<MountEntry>& volumes);
     void setFavorites(const std::vector<std::filesystem::path>& favorites);
     void setRecent(const std::deque<std::filesystem::path>& recent);
 

@@ -1,5 +1,7 @@
 #include "platform/MountTable.h"
 
+#include <algorithm>
+
 #include <sys/sysmacros.h>
 
 #include <cerrno>
@@ -130,6 +132,33 @@ const MountEntry* MountTable::mountOf(const std::filesystem::path& realPath) con
             best = &entry;
     }
     return best;
+}
+
+std::filesystem::path MountTable::mountPointOf(const std::filesystem::path& path) const
+{
+    const auto* entry = mountOf(path);
+    return entry ? entry->mountPoint : std::filesystem::path("/");
+}
+
+bool MountTable::isMounted(const std::filesystem::path& mountPoint) const
+{
+    return std::ranges::any_of(entries_, [&](const MountEntry& e) { return e.mountPoint == mountPoint; });
+}
+
+std::vector<MountEntry> MountTable::userVolumes() const
+{
+    std::vector<MountEntry> volumes;
+    for (const auto& entry : entries_) {
+        const auto& point = entry.mountPoint;
+        if (point == "/media" || point == "/mnt" || point == "/run/media")
+            continue;
+        const bool underUserPlace =
+            leads("/media", point.native()) || leads("/run/media", point.native()) || leads("/mnt", point.native());
+        const bool listed = std::ranges::any_of(volumes, [&](const MountEntry& v) { return v.mountPoint == point; });
+        if (underUserPlace && !listed)
+            volumes.push_back(entry);
+    }
+    return volumes;
 }
 
 } // namespace orbisk

@@ -43,6 +43,16 @@ public:
     /// be absolute with no links or "..": resolve it first. Null when nothing matches.
     [[nodiscard]] const MountEntry* mountOf(const std::filesystem::path& realPath) const;
 
+    /// The mount point holding path, "/" when nothing else does.
+    [[nodiscard]] std::filesystem::path mountPointOf(const std::filesystem::path& path) const;
+
+    /// Whether something is mounted at mountPoint.
+    [[nodiscard]] bool isMounted(const std::filesystem::path& mountPoint) const;
+
+    /// The volumes a user expects among the places: removable and extra disks mounted below
+    /// /media, /run/media and /mnt, each mount point once, in the table's order.
+    [[nodiscard]] std::vector<MountEntry> userVolumes() const;
+
 private:
     std::vector<MountEntry> entries_;
 };

@@ -309,10 +309,12 @@ TEST(PaneFailureTest, GoneVolumeGoesHomeAndMissingFolderGoesToNearestExisting)
     PaneServices services;
     const auto stick = volumes / "stick";
     services.mounts = [mounted, stick] {
-        std::vector<Mount> table{{"/", "ext4", "/dev/root"}};
+        std::vector<MountEntry> table{
+            {.device = 0, .root = "/", .mountPoint = "/", .fileSystemType = "ext4", .source = "/dev/root"}};
         if (*mounted)
-            table.push_back({stick, "vfat", "/dev/sdb1"});
-        return table;
+            table.push_back(
+                {.device = 1, .root = "/", .mountPoint = stick, .fileSystemType = "vfat", .source = "/dev/sdb1"});
+        return MountTable(table);
     };
     PaneHarness h(services);
     auto& pane = h.pane();

@@ -2,7 +2,6 @@
 #include "PaneHarness.h"
 #include "panes/SessionState.h"
 #include "places/Favorites.h"
-#include "places/MountTable.h"
 #include "places/RecentLocations.h"
 
 #include <gmock/gmock.h>
@@ -90,26 +89,6 @@ TEST(SessionTest, PaneRestoresTabsLazily)
     ASSERT_EQ(saved.tabs.size(), 2u);
     EXPECT_EQ(saved.tabs[0].sort, (SortSpec{SortColumn::date, false}));
     EXPECT_EQ(saved.activeTab, 1);
-}
-
-TEST(PlacesTest, MountTableReadsEscapedPointsAndFindsTheHoldingVolume)
-{
-    const auto mounts =
-        MountTable::parse("22 1 8:1 / / rw,relatime shared:1 - ext4 /dev/sda1 rw\n"
-                          "40 22 8:17 / /media/u/My\\040Stick rw shared:2 master:1 - vfat /dev/sdb1 rw\n"
-                          "41 22 0:5 / /proc rw - proc proc rw\n"
-                          "garbage line\n"
-                          "42 22 8:33 / /mnt/data rw - ext4 /dev/sdc1 rw");
-    ASSERT_EQ(mounts.size(), 4u);
-    EXPECT_EQ(mounts[1].mountPoint, "/media/u/My Stick");
-    EXPECT_EQ(mounts[1].fileSystemType, "vfat");
-    EXPECT_EQ(MountTable::mountPointOf("/media/u/My Stick/photos", mounts), "/media/u/My Stick");
-    EXPECT_EQ(MountTable::mountPointOf("/media/u/My Sticker", mounts), "/");
-    EXPECT_EQ(MountTable::mountPointOf("/proc/self", mounts), "/proc");
-    const auto volumes = MountTable::userVolumes(mounts);
-    ASSERT_EQ(volumes.size(), 2u);
-    EXPECT_EQ(volumes[0].mountPoint, "/media/u/My Stick");
-    EXPECT_EQ(volumes[1].mountPoint, "/mnt/data");
 }
 
 TEST(PlacesTest, FavoritesAndRecentKeepOrderWithoutRepeats)

@@ -57,6 +57,21 @@ TEST(MountTable, FindsTheMountOfAPathByWholeComponentsAndTheTopmostMount)
     EXPECT_EQ(MountTable::parse("").mountOf("/x"), nullptr);
 }
 
+TEST(MountTable, ListsEachUserVolumeOnceAndTellsWhatIsMounted)
+{
+    const auto table = MountTable::parse(sample);
+    std::vector<std::filesystem::path> points;
+    for (const auto& volume : table.userVolumes())
+        points.push_back(volume.mountPoint);
+    const std::vector<std::filesystem::path> expected = {"/mnt/My Disk", "/mnt/bind", "/mnt/tab\tand\\slash",
+                                                         "/mnt/My"};
+    EXPECT_EQ(points, expected) << "/proc and / are no user volumes; /mnt/bind, mounted twice, is listed once";
+    EXPECT_TRUE(table.isMounted("/mnt/My Disk"));
+    EXPECT_FALSE(table.isMounted("/mnt/My Disk/a"));
+    EXPECT_EQ(table.mountPointOf("/mnt/My Diskette"), "/");
+    EXPECT_EQ(MountTable::parse("").mountPointOf("/x"), "/");
+}
+
 TEST(MountTable, TheLiveTableKnowsWhereATemporaryFolderLives)
 {
     test::TempTree tree;
