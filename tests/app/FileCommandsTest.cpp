@@ -81,12 +81,12 @@ protected:
     template <class Widget> Widget* waitFor()
     {
         Widget* found = nullptr;
-        QTest::qWaitFor([&] {
+        static_cast<void>(QTest::qWaitFor([&] {
             for (auto* widget : window_->findChildren<Widget*>())
                 if (widget->isVisible())
                     found = widget;
             return found != nullptr;
-        });
+        }));
         return found;
     }
     void clickButton(QMessageBox* box, const std::string& text)
@@ -152,8 +152,9 @@ TEST_F(FileCommandsTest, CopyClashIsAnsweredInTheConflictDialog)
 
         EXPECT_EQ(home_.read("right/a.txt"), c.clashing);
         EXPECT_EQ(home_.read("left/a.txt"), "new");
-        if (!c.kept.empty())
+        if (!c.kept.empty()) {
             EXPECT_EQ(home_.read("right/" + c.kept), "new");
+        }
         EXPECT_EQ(trashed().size(), c.trashCount);
         EXPECT_EQ(settings_->transferConflictPolicy(), std::nullopt);
     }
