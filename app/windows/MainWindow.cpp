@@ -65,7 +65,8 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
             updateTitle();
             updateCommands();
         });
-        connect(pane, &PaneViewController::selectionChanged, this, [this, side] {
+        // The status line follows every change of selection and focus, whoever made it.
+        connect(pane, &PaneViewController::statusChanged, this, [this, side] {
             if (side == active_)
                 updateCommands();
         });

@@ -274,7 +274,10 @@ TEST_F(FileCommandsTest, TrashAsksFirstAndCanBeUndone)
     home_.file("left/one", "1");
     home_.file("left/two", "2");
     open();
+    EXPECT_FALSE(window_->command(ShortcutCommand::moveToTrash)->isEnabled()) << "nothing selected yet";
     select(Side::left, {"one", "two"});
+    EXPECT_TRUE(window_->command(ShortcutCommand::moveToTrash)->isEnabled());
+    EXPECT_TRUE(window_->command(ShortcutCommand::copyToOtherPane)->isEnabled());
     auto* question = window_->files().moveToTrash();
     ASSERT_NE(question, nullptr);
     EXPECT_EQ(question->text().toStdString(), "Move 2 items to the Trash?\n“one”\n“two”");
