@@ -8,13 +8,17 @@
 #include "operations/OperationRunner.h"
 #include "panes/PaneViewController.h"
 #include "support/TempTree.h"
+#include "windows/FileListView.h"
 #include "windows/MainWindow.h"
+#include "windows/PaneWidget.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDropEvent>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 
@@ -387,6 +391,42 @@ TEST_F(FileCommandsTest, ClipboardAndDropsCarryNamesThatAreNotUtf8)
     ASSERT_TRUE(settled());
     EXPECT_EQ(home_.read("left/" + odd), "bytes");
     EXPECT_TRUE(home_.exists("right/inside/" + odd));
+}
+
+TEST_F(FileCommandsTest, DroppingOnAListGoesIntoTheFolderRowUnderTheCursor)
+{
+    home_.file("left/dragged.txt", "D");
+    home_.folder("right/target");
+    open();
+    auto* list = window_->paneWidget(Side::right).list();
+    const auto dropAt = [&](const std::string& rowName, Qt::KeyboardModifiers modifiers) {
+        int row = -1;
+        const auto& rows = window_->pane(Side::right).rows();
+        for (std::size_t i = 0; i < rows.size(); ++i)
+            if (rows[i].name() == rowName)
+                row = static_cast<int>(i);
+        const QPoint where = row < 0 ? QPoint(10, list->viewport()->height() - 5)
+                                     : list->visualRect(list->model()->index(row, 0)).center();
+        std::unique_ptr<QMimeData> data(FileMimeData::make({home_ / "left/dragged.txt"}, false));
+        const auto actions = Qt::CopyAction | Qt::MoveAction;
+        QDragEnterEvent enter(where, actions, data.get(), Qt::LeftButton, modifiers);
+        QApplication::sendEvent(list->viewport(), &enter);
+        QDragMoveEvent move(where, actions, data.get(), Qt::LeftButton, modifiers);
+        QApplication::sendEvent(list->viewport(), &move);
+        EXPECT_TRUE(move.isAccepted());
+        QDropEvent drop(QPointF(where), actions, data.get(), Qt::LeftButton, modifiers);
+        QApplication::sendEvent(list->viewport(), &drop);
+        EXPECT_TRUE(drop.isAccepted());
+        ASSERT_TRUE(settled());
+    };
+
+    dropAt("target", Qt::ControlModifier);
+    EXPECT_EQ(home_.read("right/target/dragged.txt"), "D") << "a folder row receives the drop";
+    EXPECT_TRUE(home_.exists("left/dragged.txt")) << "Ctrl copies";
+
+    dropAt("", Qt::NoModifier);
+    EXPECT_EQ(home_.read("right/dragged.txt"), "D") << "empty space is the pane's own folder";
+    EXPECT_FALSE(home_.exists("left/dragged.txt")) << "on the same volume a plain drop moves";
 }
 
 } // namespace
