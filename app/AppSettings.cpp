@@ -60,6 +60,20 @@ void AppSettings::setFlag(const char* key, bool on)
     emit changed();
 }
 
+std::optional<ConflictChoice> AppSettings::transferConflictPolicy() const
+{
+    // Stored as the choice's own word; "ask" or anything unknown means ask at each clash.
+    return conflictChoiceFromRaw(store_->value("transferConflictPolicy").toString().toStdString());
+}
+
+void AppSettings::setTransferConflictPolicy(std::optional<ConflictChoice> policy)
+{
+    store_->setValue("transferConflictPolicy",
+                     policy
+                         ? QString::fromUtf8(rawValue(*policy).data(), static_cast<qsizetype>(rawValue(*policy).size()))
+                         : QStringLiteral("ask"));
+}
+
 std::vector<std::filesystem::path> AppSettings::favoriteLocations() const
 {
     // Stored as byte arrays so that a folder whose name is not UTF-8 keeps its exact bytes.

@@ -1,11 +1,14 @@
 // The program's stored settings: one object, handed to whoever reads or changes them.
 #pragma once
 
+#include "operations/ConflictChoice.h"
+
 #include <QObject>
 #include <QSettings>
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +36,10 @@ public:
     /// Favourite folders in their order; paths are kept as bytes.
     [[nodiscard]] std::vector<std::filesystem::path> favoriteLocations() const;
     void setFavoriteLocations(const std::vector<std::filesystem::path>& folders);
+
+    /// The standing answer to name clashes chosen in the copy and move dialog; nothing means ask.
+    [[nodiscard]] std::optional<ConflictChoice> transferConflictPolicy() const;
+    void setTransferConflictPolicy(std::optional<ConflictChoice> policy);
 
     /// The saved session as JSON text; empty when none was saved.
     [[nodiscard]] std::string session() const;

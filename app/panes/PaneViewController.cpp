@@ -151,6 +151,11 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
         current.focusedName.reset();
         current.folderSizes.clear();
     }
+    if (pendingSelection_ && sameFolder && !pendingSelection_->empty()) {
+        current.selectedNames = {pendingSelection_->begin(), pendingSelection_->end()};
+        current.focusedName = pendingSelection_->front();
+    }
+    pendingSelection_.reset();
     current.directory = to;
     current.items = std::move(*result.items);
     current.mountPoint = result.mountPoint;
@@ -261,6 +266,12 @@ void PaneViewController::goForward()
 void PaneViewController::reload(bool quiet)
 {
     navigate(directory(), {}, HistoryMode::reload, {}, quiet);
+}
+
+void PaneViewController::reloadSelecting(std::vector<std::string> names)
+{
+    pendingSelection_ = std::move(names);
+    reload(true);
 }
 
 void PaneViewController::openRow(int row)

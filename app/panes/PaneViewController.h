@@ -74,6 +74,9 @@ public:
     void goBack();
     void goForward();
     void reload(bool quiet = false);
+    /// Lists the folder again and then selects exactly names (what a file command made there), the
+    /// first of them focused. Names not in the new listing are left out.
+    void reloadSelecting(std::vector<std::string> names);
     [[nodiscard]] bool canGoUp() const { return directory() != "/"; }
     [[nodiscard]] bool canGoBack() const { return !activeTab().back.empty(); }
     [[nodiscard]] bool canGoForward() const { return !activeTab().forward.empty(); }
@@ -152,6 +155,7 @@ private:
     int focusRow_ = -1;
     double scrollY_ = 0;
     std::optional<PaneNotice> notice_;
+    std::optional<std::vector<std::string>> pendingSelection_;
     std::string freeSpace_;
     bool isLoading_ = false;
     bool busyShown_ = false;

@@ -1,7 +1,12 @@
 #include "windows/FileListView.h"
 
+#include <QDrag>
+#include <QDropEvent>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMimeData>
+
+#include <sys/stat.h>
 
 namespace orbisk {
 
@@ -24,6 +29,10 @@ FileListView::FileListView(QWidget* parent) : QTableView(parent)
     horizontalHeader()->setStretchLastSection(false);
     setHorizontalScrollMode(ScrollPerPixel);
     setVerticalScrollMode(ScrollPerPixel);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDragDropMode(DragDrop);
+    setDropIndicatorShown(false);
     connect(this, &QAbstractItemView::doubleClicked, this, [this](const QModelIndex& index) {
         if (index.isValid())
             emit openRequested(index.row());
@@ -55,6 +64,70 @@ void FileListView::focusInEvent(QFocusEvent* event)
 {
     QTableView::focusInEvent(event);
     emit focused();
+}
+
+void FileListView::startDrag(Qt::DropActions)
+{
+    const auto paths = dragSources ? dragSources() : std::vector<std::filesystem::path>{};
+    if (paths.empty())
+        return;
+    auto* drag = new QDrag(this);
+    drag->setMimeData(FileMimeData::make(paths, false));
+    // Whatever the receiver does, it does to the files itself; nothing is removed here afterwards.
+    drag->exec(Qt::CopyAction | Qt::MoveAction, Qt::CopyAction);
+}
+
+std::optional<std::pair<std::filesystem::path, Qt::DropAction>> FileListView::dropTarget(const QDropEvent& event) const
+{
+    const auto offer = FileMimeData::read(event.mimeData());
+    if (!offer || !dropFolder)
+        return std::nullopt;
+    const auto index = indexAt(event.position().toPoint());
+    auto folder = dropFolder(index.isValid() ? index.row() : -1);
+    if (!folder)
+        return std::nullopt;
+    // A status query of each end, as cheap as the drag needs it to be.
+    struct stat source {};
+    struct stat target {};
+    const bool sameVolume = ::lstat(offer->paths.front().c_str(), &source) == 0 &&
+                            ::stat(folder->c_str(), &target) == 0 && source.st_dev == target.st_dev;
+    auto action = FileMimeData::dropAction(event.modifiers(), sameVolume);
+    if (!(event.possibleActions() & action))
+        action = event.proposedAction();
+    return std::pair{std::move(*folder), action};
+}
+
+void FileListView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!dropTarget(*event) && !FileMimeData::read(event->mimeData())) {
+        event->ignore();
+        return;
+    }
+    event->acceptProposedAction();
+}
+
+void FileListView::dragMoveEvent(QDragMoveEvent* event)
+{
+    const auto target = dropTarget(*event);
+    if (!target) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(target->second);
+    event->accept();
+}
+
+void FileListView::dropEvent(QDropEvent* event)
+{
+    const auto target = dropTarget(*event);
+    const auto offer = FileMimeData::read(event->mimeData());
+    if (!target || !offer || !onDrop) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(target->second);
+    event->accept();
+    onDrop(*offer, target->first, target->second);
 }
 
 } // namespace orbisk

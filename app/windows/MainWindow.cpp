@@ -3,6 +3,7 @@
 #include "files/FileKind.h"
 
 #include "AppSettings.h"
+#include "commands/FileCommands.h"
 #include "operations/FileUndoCenter.h"
 #include "operations/OperationRunner.h"
 #include "panes/PaneViewController.h"
@@ -63,6 +64,11 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
         connect(pane, &PaneViewController::locationChanged, this, [this] {
             updateTitle();
             updateCommands();
+        });
+        // The status line follows every change of selection and focus, whoever made it.
+        connect(pane, &PaneViewController::statusChanged, this, [this, side] {
+            if (side == active_)
+                updateCommands();
         });
         connect(pane, &PaneViewController::openFailed, this, [this](const QString& message) {
             auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Orbisk"), message, QMessageBox::Ok, this);
@@ -135,6 +141,7 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
         showResults(report);
     });
 
+    files_ = new FileCommands(*this, settings_);
     buildCommands();
     buildFunctionKeys();
     updateUndoCommands();
@@ -149,20 +156,13 @@ MainWindow::~MainWindow() = default;
 void MainWindow::showResults(const OperationReport& report)
 {
     for (auto* pane : panes_) {
-        std::set<std::string> names;
+        std::vector<std::string> names;
         for (const auto& item : report.completed) {
             if (item.destination.parent_path() == pane->directory())
-                names.insert(item.destination.filename().native());
+                names.push_back(item.destination.filename().native());
         }
-        if (!names.empty()) {
-            // Select them once the new listing has them; one listing only.
-            auto connection = std::make_shared<QMetaObject::Connection>();
-            *connection = connect(pane, &PaneViewController::rowsChanged, this, [pane, names, connection] {
-                QObject::disconnect(*connection);
-                pane->select(names);
-            });
-        }
-        pane->reload(true);
+        // Selected once the new listing has them, the first one focused.
+        pane->reloadSelecting(std::move(names));
     }
 }
 

@@ -21,6 +21,7 @@ class QSplitter;
 namespace orbisk {
 
 class AppSettings;
+class FileCommands;
 class FileUndoCenter;
 class FunctionKeyBar;
 class OperationRunner;
@@ -51,6 +52,8 @@ public:
     void setDividerRatio(double ratio);
     /// The action of a catalog command; nothing for commands the main window does not have.
     [[nodiscard]] QAction* command(ShortcutCommand identifier) const;
+    /// The file commands behind the File and Edit menus, the function keys and drops.
+    [[nodiscard]] FileCommands& files() const { return *files_; }
 
     /// The window's file operations: every command that changes the disk runs through it.
     [[nodiscard]] OperationRunner& operations() const { return *runner_; }
@@ -94,6 +97,7 @@ private:
     VolumeMonitor* volumes_ = nullptr;
     std::map<ShortcutCommand, QAction*> commands_;
     QAction* functionKeyBarToggle_ = nullptr;
+    FileCommands* files_ = nullptr;
     // Declared last so that the runner goes first: it waits for its workers before anything they
     // report to is destroyed.
     std::unique_ptr<FileUndoCenter> undo_;

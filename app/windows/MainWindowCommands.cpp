@@ -1,5 +1,6 @@
 // The window's commands: menus, their keys from the shortcut catalog, and the function-key bar.
 #include "AppSettings.h"
+#include "commands/FileCommands.h"
 #include "files/PatternPrompt.h"
 #include "operations/FileUndoCenter.h"
 #include "panes/PaneViewController.h"
@@ -72,14 +73,22 @@ void MainWindow::buildCommands()
     file->addSeparator();
     addLaterCommand(file, C::viewFile, translate("Orbisk", "View File"));
     addLaterCommand(file, C::editFile, translate("Orbisk", "Edit File"));
-    addLaterCommand(file, C::copyToOtherPane, translate("Orbisk", "Copy to Other Pane"));
-    addLaterCommand(file, C::moveToOtherPane, translate("Orbisk", "Move to Other Pane"));
-    addLaterCommand(file, C::renameInPlace, translate("Orbisk", "Rename"));
-    addLaterCommand(file, C::newFolder, translate("Orbisk", "New Folder"));
-    addLaterCommand(file, C::newFolderWithSelection, translate("Orbisk", "New Folder with Selection"));
-    addLaterCommand(file, C::newTextFile, translate("Orbisk", "New Text File"));
-    addLaterCommand(file, C::duplicate, translate("Orbisk", "Duplicate"));
-    addLaterCommand(file, C::moveToTrash, translate("Orbisk", "Move to Trash"));
+    connect(addCommand(file, C::copyToOtherPane, translate("Orbisk", "Copy to Other Pane…")), &QAction::triggered, this,
+            [this] { files_->copyToOtherPane(); });
+    connect(addCommand(file, C::moveToOtherPane, translate("Orbisk", "Move to Other Pane…")), &QAction::triggered, this,
+            [this] { files_->moveToOtherPane(); });
+    connect(addCommand(file, C::renameInPlace, translate("Orbisk", "Rename…")), &QAction::triggered, this,
+            [this] { files_->renameInPlace(); });
+    connect(addCommand(file, C::newFolder, translate("Orbisk", "New Folder…")), &QAction::triggered, this,
+            [this] { files_->newFolder(); });
+    connect(addCommand(file, C::newFolderWithSelection, translate("Orbisk", "New Folder with Selection…")),
+            &QAction::triggered, this, [this] { files_->newFolderWithSelection(); });
+    connect(addCommand(file, C::newTextFile, translate("Orbisk", "New Text File…")), &QAction::triggered, this,
+            [this] { files_->newTextFile(); });
+    connect(addCommand(file, C::duplicate, translate("Orbisk", "Duplicate")), &QAction::triggered, this,
+            [this] { files_->duplicate(activePane()); });
+    connect(addCommand(file, C::moveToTrash, translate("Orbisk", "Move to Trash…")), &QAction::triggered, this,
+            [this] { files_->moveToTrash(); });
     addLaterCommand(file, C::compressToOtherPane, translate("Orbisk", "Compress to ZIP"));
     addLaterCommand(file, C::extractToOtherPane, translate("Orbisk", "Extract ZIP"));
     addLaterCommand(file, C::quickPreview, translate("Orbisk", "Quick Look"));
@@ -98,9 +107,12 @@ void MainWindow::buildCommands()
     connect(addCommand(edit, C::redo, translate("Orbisk", "Redo")), &QAction::triggered, this,
             [this] { undo_->redo(); });
     edit->addSeparator();
-    addLaterCommand(edit, C::copyFiles, translate("Orbisk", "Copy Files"));
-    addLaterCommand(edit, C::pasteFiles, translate("Orbisk", "Paste Files"));
-    addLaterCommand(edit, C::moveCopiedFilesHere, translate("Orbisk", "Move Copied Files Here"));
+    connect(addCommand(edit, C::copyFiles, translate("Orbisk", "Copy Files")), &QAction::triggered, this,
+            [this] { files_->copyFiles(); });
+    connect(addCommand(edit, C::pasteFiles, translate("Orbisk", "Paste Files")), &QAction::triggered, this,
+            [this] { files_->pasteFiles(false); });
+    connect(addCommand(edit, C::moveCopiedFilesHere, translate("Orbisk", "Move Copied Files Here")),
+            &QAction::triggered, this, [this] { files_->pasteFiles(true); });
     connect(addCommand(edit, C::copyNames, translate("Orbisk", "Copy Names as Text")), &QAction::triggered, this,
             [this] {
                 QStringList names;
@@ -263,6 +275,12 @@ void MainWindow::updateCommands()
     command(C::forward)->setEnabled(pane.canGoForward());
     command(C::enclosingFolder)->setEnabled(pane.canGoUp());
     command(C::closeTab)->setEnabled(pane.tabs().size() > 1);
+    const bool selection = files_->hasSelection();
+    for (const auto identifier : {C::copyToOtherPane, C::moveToOtherPane, C::newFolderWithSelection, C::duplicate,
+                                  C::moveToTrash, C::copyFiles})
+        command(identifier)->setEnabled(selection);
+    const auto focused = pane.focusedItem();
+    command(C::renameInPlace)->setEnabled(focused && !focused->isParentLink);
     command(C::toggleHiddenFiles)->setChecked(settings_.showHiddenFiles());
     functionKeyBarToggle_->setText(qtext(settings_.showFunctionKeyBar()
                                              ? translate("Orbisk", "Hide Function Key Bar")
