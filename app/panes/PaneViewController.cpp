@@ -15,6 +15,7 @@ namespace orbisk {
 
 struct PaneViewController::LoadResult {
     std::expected<std::vector<FileItem>, std::error_code> items;
+    std::shared_ptr<const NameRanks> nameRanks;
     std::filesystem::path mountPoint;
     std::optional<Paths::VolumeCapacity> capacity;
     // Filtering and sorting a large folder takes as long as reading it, so the worker does both;
@@ -90,11 +91,12 @@ void PaneViewController::navigate(const std::filesystem::path& to, std::optional
                 deliver(generation, asker, mode, select, scrollY, quiet, to, watcher->result());
             });
     watcher->setFuture(QtConcurrent::run([read, mounts, describe, to, includeHidden, arrangement] {
-        LoadResult result{read(to, includeHidden), {}, {}, arrangement, {}};
+        LoadResult result{read(to, includeHidden), {}, {}, {}, arrangement, {}};
         if (result.items) {
             result.mountPoint = MountTable::mountPointOf(to, mounts());
             result.capacity = Paths::volumeCapacity(to);
-            result.rows = PaneListing::rows(to, *result.items, arrangement, describe);
+            result.nameRanks = std::make_shared<const NameRanks>(*result.items);
+            result.rows = PaneListing::rows(to, *result.items, arrangement, describe, result.nameRanks.get());
         }
         return result;
     }));
@@ -153,6 +155,7 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
     }
     current.directory = to;
     current.items = std::move(*result.items);
+    current.nameRanks = std::move(result.nameRanks);
     current.mountPoint = result.mountPoint;
     current.hasLoaded = true;
     if (notice_ && notice_->directory != to)
@@ -212,8 +215,9 @@ void PaneViewController::applyListing(std::optional<std::string> select, std::op
                                       std::optional<std::vector<FileItem>> rows)
 {
     auto& tab = activeTab();
-    rows_ =
-        rows ? std::move(*rows) : PaneListing::rows(tab.directory, tab.items, arrangementFor(tab), services_.describe);
+    rows_ = rows ? std::move(*rows)
+                 : PaneListing::rows(tab.directory, tab.items, arrangementFor(tab), services_.describe,
+                                     tab.nameRanks.get());
     selected_.assign(rows_.size(), false);
     focusRow_ = rows_.empty() ? -1 : 0;
     const std::optional<std::string> focusName = select ? select : tab.focusedName;
