@@ -119,6 +119,12 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
 
     auto& current = activeTab();
     const bool sameFolder = current.hasLoaded && current.directory == to;
+    // A volume unmounted while its root was shown leaves the empty folder it was mounted on, which
+    // reads fine: what tells is that the folder is no longer on the volume it was listed from.
+    if (sameFolder && result.mountPoint != current.mountPoint && volumeGone(current.mountPoint, to)) {
+        leaveGoneVolume(current.mountPoint, HistoryMode::reload);
+        return;
+    }
     if (sameFolder && mode == HistoryMode::push)
         mode = HistoryMode::reload; // choosing the folder already shown adds no history
     if (current.hasLoaded) {
@@ -188,22 +194,28 @@ void PaneViewController::loadFailed(const std::filesystem::path& to, std::error_
         setNotice(PaneNotice{L(translate("Orbisk", "“%@” couldn’t be opened."), name), current.directory});
         return;
     }
-    const auto& mountPoint = current.mountPoint;
-    const bool volumeGone = !mountPoint.empty() && mountPoint != "/" && Paths::isSameOrInside(to, mountPoint) &&
-                            !MountTable::isMounted(mountPoint, services_.mounts());
-    std::filesystem::path destination;
-    PaneNotice notice;
-    if (volumeGone) {
-        destination = services_.home();
-        notice.text = L(translate("Orbisk", "“%@” is no longer connected."), mountPoint.filename().native());
-    } else {
-        destination = Paths::nearestExistingFolder(Paths::parentFolder(to));
-        notice.text = L(translate("Orbisk", "“%@” is no longer available."), name);
+    if (volumeGone(current.mountPoint, to)) {
+        leaveGoneVolume(current.mountPoint, current.directory == to ? HistoryMode::reload : HistoryMode::push);
+        return;
     }
-    notice.directory = destination;
+    const auto destination = Paths::nearestExistingFolder(Paths::parentFolder(to));
+    PaneNotice notice{L(translate("Orbisk", "“%@” is no longer available."), name), destination};
     setNotice(notice);
     if (destination != to)
         navigate(destination, {}, current.directory == to ? HistoryMode::reload : HistoryMode::push);
+}
+
+bool PaneViewController::volumeGone(const std::filesystem::path& mountPoint, const std::filesystem::path& folder) const
+{
+    return !mountPoint.empty() && mountPoint != "/" && Paths::isSameOrInside(folder, mountPoint) &&
+           !MountTable::isMounted(mountPoint, services_.mounts());
+}
+
+void PaneViewController::leaveGoneVolume(const std::filesystem::path& mountPoint, HistoryMode mode)
+{
+    const auto home = services_.home();
+    setNotice(PaneNotice{L(translate("Orbisk", "“%@” is no longer connected."), mountPoint.filename().native()), home});
+    navigate(home, {}, mode);
 }
 
 PaneListing::Arrangement PaneViewController::arrangementFor(const PaneTab& tab) const
