@@ -1,4 +1,1011 @@
 <?xml version="1.0" encoding="utf-8"?>
 <!DOCTYPE TS>
 <TS version="2.1" language="en">
+<context>
+    <name>Orbisk</name>
+    <message>
+        <source>%lld items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld of %lld selected, %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>(filtered from %lld)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ available of %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>You don’t have permission to open “%@”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” couldn’t be opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is no longer available.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is no longer connected.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Date Modified</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Kind</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Tab</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Close Tab</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Edit File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to Other Pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to Other Pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rename</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Folder with Selection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Text File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duplicate</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compress to ZIP</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Extract ZIP</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quick Look</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show in File Manager</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Close Window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Redo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy Files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Paste Files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Copied Files Here</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy Names as Text</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy Paths as Text</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select All</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deselect All</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Invert Selection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select by Pattern…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deselect by Pattern…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Filter</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find Files…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show Hidden Files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort by Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort by Size</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort by Date Modified</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort by Kind</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Refresh</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show Sidebar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Full Screen</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Go</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Back</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Forward</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enclosing Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Home</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Desktop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Documents</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Downloads</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go to Folder…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add to Favorites</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Favorites</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Favorite %lld</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Commands</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Switch Pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Swap Panes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Same Folder in Other Pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Next Tab</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Previous Tab</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Keyboard to Sidebar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ask…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Calculate Folder Sizes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Batch Rename…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sync Folders…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder Breakdown</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settings…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Minimize</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Main Window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keyboard Shortcuts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Help</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View||function key</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Edit||function key</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Hide Function Key Bar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show Function Key Bar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go to Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder (absolute, ~ or relative path):</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is no folder at “%@”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add the current folder to Favorites</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Loading…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Settings</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder Lists</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show hidden files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show folders before files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reload folders when they change on disk</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show the function key bar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search shortcuts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No shortcuts match “%@”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Places</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Volumes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Recent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Up</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move Down</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove from Favorites</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder (link)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ (link)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Package</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Link</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Document</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select by Pattern</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Use * and ?, separate several patterns with ; (for example *.jpg;*.png).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deselect by Pattern</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deselect</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t rename “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t copy “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t move “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t read “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t save “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t create “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t create the file “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t create the folder “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t create the folder for “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t create the archive “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t create the link “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t copy the link “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t copy the attributes of “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t move the extracted item “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t write into “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The operation on “%@” couldn’t be completed: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” can’t be copied or moved into itself or one of its own subfolders (%@).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is already in the destination folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The destination “%@” is not an existing folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” no longer exists. It may have been moved or deleted by another application.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An item named “%@” already exists.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” can’t be used as a name: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is a special file (device, socket or pipe) and was not copied.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not enough free space on the destination volume: %@ needed, %@ available.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” was copied, but the original could not be removed: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is not a folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The incomplete copy “%@” could not be removed: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” was not replaced: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” was not merged: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Couldn’t rename (the item is now named %@) “%@”: %@.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” changed after the folders were compared, so it was left alone. Compare again to include it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” changed after the operation, so it was left as it is.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is no longer where the operation left it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Another item named “%@” is now in its old place, so it was left where it is.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is no longer in the Trash (it may have been emptied).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>a name can’t be empty.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“.” and “..” are reserved.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>a name can’t contain “/”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>a name can’t contain a NUL character.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the name is longer than 255 bytes.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>more than one item would be named “%@”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ stopped before finishing.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ finished with %lld problems.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Completed: %lld. Skipped: %lld. Failed: %lld.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The operation was cancelled.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>…and %lld more.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Orbisk may not have permission to use this location. On Linux, each item has an owner and permissions that say who may read it, change it and, for a folder, open it; only the owner or an administrator can change them. Inside a sandbox such as Flatpak, Orbisk also needs to be granted access to the folder. You can review the owner and permissions in the item’s Properties.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show Properties</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>enter a destination.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ask</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ask: type what to do in plain language, check the plan, then Run (copy, move, select, new folder)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Function Keys</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keyboard shortcuts (this page)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Edit file (text) or open it in its application</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to the other pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move or rename to the other pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rename in place</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to Trash (with confirmation)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compress the selection to a ZIP in the other pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Extract a ZIP into the other pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undo / redo the last file operation</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Panes and Tabs</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Switch the active pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Swap panes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Same folder in the other pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New tab / close tab</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Next / previous tab</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show / hide the sidebar</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move the keyboard to the sidebar (Enter opens, Esc returns)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Navigation</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Double-click</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open folder or file (default application)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Enclosing folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Back / forward</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Previous / next item (Shift extends the selection)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>First / last item (Shift extends the selection)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Page up / down (Shift extends the selection)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go to folder (absolute, ~ or relative path)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Type a name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Jump to the first matching item</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Places and Favorites</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Go to favorite 1–9</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Selection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select all</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deselect all</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Invert selection</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select by pattern</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deselect by pattern</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quick preview</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open with the default application</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reveal in the system file manager</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New folder with the selected items in it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New empty text file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy / paste files (when the list has focus)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move the copied files here</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy item names as text</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy full paths as text</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Calculate folder sizes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Batch rename</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sync the two panes’ folders (compare, review, then sync)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show in the other pane what the folder under the cursor is made of (again to close); it follows the cursor unless Commands › Breakdown Follows Cursor is off</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Break down the selected subfolder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Back to the file list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search and View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Filter the active pane</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Clear the filter</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find files in subfolders</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show / hide hidden files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort by name / size / date modified / kind</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Full screen</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Viewer and Editor</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save / save as</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find / find next</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undo / redo</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>App and Windows</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keyboard shortcuts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Main window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Close window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld byte</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld bytes</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
 </TS>

@@ -37,6 +37,7 @@ const std::string& KindTexts::describe(const FileItem& item)
     std::ranges::transform(extension, extension.begin(),
                            [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     key += extension;
+    const std::lock_guard lock(mutex_);
     if (const auto found = cache_.find(key); found != cache_.end())
         return found->second;
     return cache_.emplace(key, FileKind::describe(item, &KindTexts::typeDescription)).first->second;

@@ -8,10 +8,27 @@
 namespace orbisk::PaneListing {
 
 std::vector<FileItem> rows(const std::filesystem::path& folder, const std::vector<FileItem>& items,
-                           const Arrangement& arrangement, const Describe& describe)
+                           const Arrangement& arrangement, const Describe& describe, const NameRanks* ranks)
 {
-    std::vector<FileItem> shown;
     const NameFilter filter(arrangement.filter);
+    std::vector<FileItem> shown;
+    if (ranks && ranks->size() == items.size()) {
+        // Sort positions, then copy each shown item once, straight to its place after "..".
+        std::vector<std::uint32_t> passing;
+        passing.reserve(items.size());
+        for (std::uint32_t i = 0; i < items.size(); ++i) {
+            if (filter.matches(items[i].name()))
+                passing.push_back(i);
+        }
+        const auto order = FileSorter::order(items, passing, arrangement.sort, arrangement.directoriesFirst,
+                                             arrangement.folderSizes, describe, *ranks);
+        shown.reserve(order.size() + 1);
+        if (folder != "/")
+            shown.push_back(FileItem::parentLink(folder));
+        for (const auto i : order)
+            shown.push_back(items[i]);
+        return shown;
+    }
     shown.reserve(items.size() + 1);
     for (const auto& item : items) {
         if (filter.matches(item.name()))

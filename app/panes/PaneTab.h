@@ -3,10 +3,12 @@
 
 #include "files/FileItem.h"
 #include "files/FileSorter.h"
+#include "files/NameRanks.h"
 #include "files/SortSpec.h"
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -33,6 +35,9 @@ struct PaneTab {
     SortSpec sort;
     std::string filter;
     std::vector<FileItem> items; ///< the last full listing, unfiltered, without ".."
+    /// The names of items in collation order, made with them on the worker, so that a change of
+    /// filter or sort never builds collation keys on the main thread.
+    std::shared_ptr<const NameRanks> nameRanks;
     FolderSizes folderSizes;
     std::set<std::string> selectedNames; ///< remembered when the tab was last left
     std::optional<std::string> focusedName;

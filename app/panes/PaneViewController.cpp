@@ -15,6 +15,7 @@ namespace orbisk {
 
 struct PaneViewController::LoadResult {
     std::expected<std::vector<FileItem>, std::error_code> items;
+    std::shared_ptr<const NameRanks> nameRanks;
     std::filesystem::path mountPoint;
     std::optional<Paths::VolumeCapacity> capacity;
     // Filtering and sorting a large folder takes as long as reading it, so the worker does both;
@@ -90,11 +91,12 @@ void PaneViewController::navigate(const std::filesystem::path& to, std::optional
                 deliver(generation, asker, mode, select, scrollY, quiet, to, watcher->result());
             });
     watcher->setFuture(QtConcurrent::run([read, mounts, describe, to, includeHidden, arrangement] {
-        LoadResult result{read(to, includeHidden), {}, {}, arrangement, {}};
+        LoadResult result{read(to, includeHidden), {}, {}, {}, arrangement, {}};
         if (result.items) {
             result.mountPoint = mounts().mountPointOf(to);
             result.capacity = Paths::volumeCapacity(to);
-            result.rows = PaneListing::rows(to, *result.items, arrangement, describe);
+            result.nameRanks = std::make_shared<const NameRanks>(*result.items);
+            result.rows = PaneListing::rows(to, *result.items, arrangement, describe, result.nameRanks.get());
         }
         return result;
     }));
@@ -117,6 +119,12 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
 
     auto& current = activeTab();
     const bool sameFolder = current.hasLoaded && current.directory == to;
+    // A volume unmounted while its root was shown leaves the empty folder it was mounted on, which
+    // reads fine: what tells is that the folder is no longer on the volume it was listed from.
+    if (sameFolder && result.mountPoint != current.mountPoint && volumeGone(current.mountPoint, to)) {
+        leaveGoneVolume(current.mountPoint, HistoryMode::reload);
+        return;
+    }
     if (sameFolder && mode == HistoryMode::push)
         mode = HistoryMode::reload; // choosing the folder already shown adds no history
     if (current.hasLoaded) {
@@ -158,6 +166,7 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
     pendingSelection_.reset();
     current.directory = to;
     current.items = std::move(*result.items);
+    current.nameRanks = std::move(result.nameRanks);
     current.mountPoint = result.mountPoint;
     current.hasLoaded = true;
     if (notice_ && notice_->directory != to)
@@ -190,22 +199,28 @@ void PaneViewController::loadFailed(const std::filesystem::path& to, std::error_
         setNotice(PaneNotice{L(translate("Orbisk", "“%@” couldn’t be opened."), name), current.directory});
         return;
     }
-    const auto& mountPoint = current.mountPoint;
-    const bool volumeGone = !mountPoint.empty() && mountPoint != "/" && Paths::isSameOrInside(to, mountPoint) &&
-                            !services_.mounts().isMounted(mountPoint);
-    std::filesystem::path destination;
-    PaneNotice notice;
-    if (volumeGone) {
-        destination = services_.home();
-        notice.text = L(translate("Orbisk", "“%@” is no longer connected."), mountPoint.filename().native());
-    } else {
-        destination = Paths::nearestExistingFolder(Paths::parentFolder(to));
-        notice.text = L(translate("Orbisk", "“%@” is no longer available."), name);
+    if (volumeGone(current.mountPoint, to)) {
+        leaveGoneVolume(current.mountPoint, current.directory == to ? HistoryMode::reload : HistoryMode::push);
+        return;
     }
-    notice.directory = destination;
+    const auto destination = Paths::nearestExistingFolder(Paths::parentFolder(to));
+    PaneNotice notice{L(translate("Orbisk", "“%@” is no longer available."), name), destination};
     setNotice(notice);
     if (destination != to)
         navigate(destination, {}, current.directory == to ? HistoryMode::reload : HistoryMode::push);
+}
+
+bool PaneViewController::volumeGone(const std::filesystem::path& mountPoint, const std::filesystem::path& folder) const
+{
+    return !mountPoint.empty() && mountPoint != "/" && Paths::isSameOrInside(folder, mountPoint) &&
+           !services_.mounts().isMounted(mountPoint);
+}
+
+void PaneViewController::leaveGoneVolume(const std::filesystem::path& mountPoint, HistoryMode mode)
+{
+    const auto home = services_.home();
+    setNotice(PaneNotice{L(translate("Orbisk", "“%@” is no longer connected."), mountPoint.filename().native()), home});
+    navigate(home, {}, mode);
 }
 
 PaneListing::Arrangement PaneViewController::arrangementFor(const PaneTab& tab) const
@@ -217,8 +232,9 @@ void PaneViewController::applyListing(std::optional<std::string> select, std::op
                                       std::optional<std::vector<FileItem>> rows)
 {
     auto& tab = activeTab();
-    rows_ =
-        rows ? std::move(*rows) : PaneListing::rows(tab.directory, tab.items, arrangementFor(tab), services_.describe);
+    rows_ = rows ? std::move(*rows)
+                 : PaneListing::rows(tab.directory, tab.items, arrangementFor(tab), services_.describe,
+                                     tab.nameRanks.get());
     selected_.assign(rows_.size(), false);
     focusRow_ = rows_.empty() ? -1 : 0;
     const std::optional<std::string> focusName = select ? select : tab.focusedName;

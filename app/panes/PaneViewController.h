@@ -136,6 +136,10 @@ private:
     void deliver(int generation, const PaneTab* tab, HistoryMode mode, std::optional<std::string> select,
                  std::optional<double> scrollY, bool quiet, const std::filesystem::path& to, LoadResult result);
     void loadFailed(const std::filesystem::path& to, std::error_code error);
+    /// Whether the volume mounted at mountPoint, which held folder, has been unmounted since.
+    [[nodiscard]] bool volumeGone(const std::filesystem::path& mountPoint, const std::filesystem::path& folder) const;
+    /// Goes home saying that the volume at mountPoint is no longer connected.
+    void leaveGoneVolume(const std::filesystem::path& mountPoint, HistoryMode mode);
     [[nodiscard]] PaneListing::Arrangement arrangementFor(const PaneTab& tab) const;
     void applyListing(std::optional<std::string> select, std::optional<double> scrollY,
                       std::optional<std::vector<FileItem>> rows = {});

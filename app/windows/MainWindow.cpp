@@ -1,7 +1,5 @@
 #include "windows/MainWindow.h"
 
-#include "files/FileKind.h"
-
 #include "AppSettings.h"
 #include "commands/FileCommands.h"
 #include "operations/FileUndoCenter.h"
@@ -48,11 +46,11 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
     for (const Side side : {Side::left, Side::right}) {
         PaneServices services;
         services.settings = &settings_;
-        services.describe = [](const FileItem& item) { return FileKind::describe(item, &KindTexts::typeDescription); };
+        services.describe = [kinds = kinds_](const FileItem& item) { return kinds->describe(item); };
         services.openFile = openWithDefaultApplication;
         auto* pane = new PaneViewController(side, std::move(services), this);
         panes_[index(side)] = pane;
-        auto* widget = new PaneWidget(*pane, kinds_);
+        auto* widget = new PaneWidget(*pane, *kinds_);
         paneWidgets_[index(side)] = widget;
         widget->setFavoriteTest(
             [this, pane] { return Favorites::contains(settings_.favoriteLocations(), pane->directory()); });

@@ -85,7 +85,8 @@ private:
     void updateUndoCommands();
 
     AppSettings& settings_;
-    KindTexts kinds_;
+    /// Shared with the panes' workers, which may still be sorting by kind while the window closes.
+    std::shared_ptr<KindTexts> kinds_ = std::make_shared<KindTexts>();
     RecentLocations recent_;
     std::array<PaneViewController*, 2> panes_{};
     std::array<PaneWidget*, 2> paneWidgets_{};

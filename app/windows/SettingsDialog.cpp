@@ -5,6 +5,7 @@
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
+#include <QGroupBox>
 #include <QVBoxLayout>
 
 namespace orbisk {
@@ -13,20 +14,28 @@ SettingsDialog::SettingsDialog(AppSettings& settings, QWidget* parent) : QDialog
 {
     setWindowTitle(QString::fromStdString(translate("Orbisk", "Settings")));
     auto* layout = new QVBoxLayout(this);
-    const auto addSwitch = [&](const std::string& title, bool on, void (AppSettings::*set)(bool)) {
-        auto* box = new QCheckBox(QString::fromStdString(title), this);
+    const auto addGroup = [&](const std::string& title) {
+        auto* group = new QGroupBox(QString::fromStdString(title), this);
+        group->setLayout(new QVBoxLayout);
+        layout->addWidget(group);
+        return group;
+    };
+    const auto addSwitch = [&](QGroupBox* group, const std::string& title, bool on, void (AppSettings::*set)(bool)) {
+        auto* box = new QCheckBox(QString::fromStdString(title), group);
         box->setChecked(on);
         connect(box, &QCheckBox::toggled, &settings, [&settings, set](bool checked) { (settings.*set)(checked); });
-        layout->addWidget(box);
+        group->layout()->addWidget(box);
         return box;
     };
-    auto* hidden = addSwitch(translate("Orbisk", "Show hidden files"), settings.showHiddenFiles(),
+    auto* lists = addGroup(translate("Orbisk", "Folder Lists"));
+    auto* hidden = addSwitch(lists, translate("Orbisk", "Show hidden files"), settings.showHiddenFiles(),
                              &AppSettings::setShowHiddenFiles);
-    addSwitch(translate("Orbisk", "Show folders before files"), settings.directoriesFirst(),
+    addSwitch(lists, translate("Orbisk", "Show folders before files"), settings.directoriesFirst(),
               &AppSettings::setDirectoriesFirst);
-    addSwitch(translate("Orbisk", "Reload folders when they change on disk"), settings.watchDirectories(),
+    addSwitch(lists, translate("Orbisk", "Reload folders when they change on disk"), settings.watchDirectories(),
               &AppSettings::setWatchDirectories);
-    auto* keyBar = addSwitch(translate("Orbisk", "Show the function key bar"), settings.showFunctionKeyBar(),
+    auto* window = addGroup(translate("Orbisk", "Window"));
+    auto* keyBar = addSwitch(window, translate("Orbisk", "Show the function key bar"), settings.showFunctionKeyBar(),
                              &AppSettings::setShowFunctionKeyBar);
     // The menus change these too; keep the boxes in step.
     connect(&settings, &AppSettings::changed, this, [&settings, hidden, keyBar] {
@@ -36,6 +45,7 @@ SettingsDialog::SettingsDialog(AppSettings& settings, QWidget* parent) : QDialog
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, this);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     layout->addWidget(buttons);
+    setMinimumWidth(fontMetrics().averageCharWidth() * 55);
 }
 
 } // namespace orbisk

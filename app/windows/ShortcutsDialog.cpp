@@ -24,6 +24,7 @@ ShortcutsDialog::ShortcutsDialog(QWidget* parent) : QDialog(parent)
     list_->setSelectionMode(QAbstractItemView::NoSelection);
     list_->setFocusPolicy(Qt::NoFocus);
     list_->header()->setSectionResizeMode(0, QHeaderView::ResizeToContents);
+    list_->header()->setStretchLastSection(true);
     empty_ = new QLabel(this);
     empty_->setAlignment(Qt::AlignCenter);
     empty_->setWordWrap(true);
@@ -41,6 +42,7 @@ void ShortcutsDialog::showMatches(const QString& query)
     const auto text = query.toStdString();
     const auto sections = ShortcutCatalog::filtered(text);
     list_->clear();
+    const int keyColumnLimit = fontMetrics().averageCharWidth() * 28;
     for (const auto& section : sections) {
         auto* title = new QTreeWidgetItem(list_, {QString::fromStdString(section.title)});
         auto font = title->font(0);
@@ -51,7 +53,14 @@ void ShortcutsDialog::showMatches(const QString& query)
             QStringList keys;
             for (const auto& key : shortcut.keys)
                 keys << QString::fromStdString(key);
-            new QTreeWidgetItem(list_, {keys.join(QStringLiteral(" / ")), QString::fromStdString(shortcut.action)});
+            // A long list of keys (one row has four) takes a line per key, so that the key column
+            // stays narrow and the actions keep the width.
+            auto keyText = keys.join(QStringLiteral(" / "));
+            if (fontMetrics().horizontalAdvance(keyText) > keyColumnLimit)
+                keyText = keys.join(QLatin1Char('\n'));
+            const auto action = QString::fromStdString(shortcut.action);
+            auto* row = new QTreeWidgetItem(list_, {keyText, action});
+            row->setToolTip(1, action);
         }
     }
     const bool none = sections.empty();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "files/FileItem.h"
+#include "files/NameRanks.h"
 #include "files/SortSpec.h"
 
 namespace orbisk {
@@ -32,6 +33,15 @@ namespace FileSorter {
 [[nodiscard]] std::vector<FileItem> sorted(std::vector<FileItem> items, const SortSpec& spec, bool directoriesFirst,
                                            const FolderSizes& folderSizes, const KindDescriber& describe,
                                            std::string_view locale = {});
+
+/// The order sorted() gives to the items of listing at positions (each position at most once),
+/// as positions in listing, in the locale of ranks. ranks must be those of listing (made from it,
+/// same length); they let the names be compared as integers, which makes sorting again after a
+/// change of filter or column cheap. Throws std::invalid_argument for ranks of another length.
+[[nodiscard]] std::vector<std::uint32_t> order(const std::vector<FileItem>& listing,
+                                               const std::vector<std::uint32_t>& positions, const SortSpec& spec,
+                                               bool directoriesFirst, const FolderSizes& folderSizes,
+                                               const KindDescriber& describe, const NameRanks& ranks);
 
 } // namespace FileSorter
 } // namespace orbisk

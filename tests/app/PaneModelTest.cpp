@@ -331,6 +331,20 @@ TEST(PaneFailureTest, GoneVolumeGoesHomeAndMissingFolderGoesToNearestExisting)
         EXPECT_EQ(pane.statusText(), "“stick” is no longer connected.");
     }
     {
+        SCOPED_TRACE("volume unmounted while its root is shown: the folder under it is still there");
+        std::filesystem::create_directories(stick);
+        *mounted = true;
+        ASSERT_TRUE(h.go(stick));
+        *mounted = false;
+        pane.reload(true);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return pane.directory() == h.tree().root(); }, 5000));
+        ASSERT_TRUE(h.settle());
+        EXPECT_EQ(pane.statusText(), "“stick” is no longer connected.");
+        ASSERT_TRUE(h.go(stick));
+        EXPECT_EQ(pane.directory(), stick) << "an ordinary folder now, it can be opened again";
+        EXPECT_EQ(pane.statusText(), "0 items");
+    }
+    {
         SCOPED_TRACE("a folder typed that does not exist, on a volume that is there");
         ASSERT_TRUE(h.go(h.tree() / "a/b"));
         pane.navigate(h.tree() / "a/b/c/d");

@@ -7,6 +7,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QTest>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
@@ -93,6 +94,30 @@ TEST(ShortcutsDialogTest, SearchNarrowsTheListAndSaysWhenNothingMatches)
     EXPECT_EQ(dialog.emptyNotice()->text(), QStringLiteral("No shortcuts match “zzzz”."));
     dialog.searchField()->setText("  ");
     EXPECT_EQ(dialog.list()->topLevelItemCount(), all);
+}
+
+TEST(ShortcutsDialogTest, LongKeyListsWrapInsteadOfSqueezingTheActions)
+{
+    ShortcutsDialog dialog;
+    dialog.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+    auto* list = dialog.list();
+    EXPECT_LT(list->columnWidth(0), list->viewport()->width() / 2) << "the actions keep most of the width";
+    const QTreeWidgetItem* longest = nullptr;
+    const QTreeWidgetItem* shortest = nullptr;
+    for (int i = 0; i < list->topLevelItemCount(); ++i) {
+        const auto* item = list->topLevelItem(i);
+        if (item->text(1).isEmpty())
+            continue; // a section title
+        if (!longest || item->text(0).count(QLatin1Char('+')) > longest->text(0).count(QLatin1Char('+')))
+            longest = item;
+        if (!shortest || item->text(0).size() < shortest->text(0).size())
+            shortest = item;
+    }
+    ASSERT_TRUE(longest && shortest);
+    SCOPED_TRACE(longest->text(0).toStdString());
+    EXPECT_GT(list->visualItemRect(longest).height(), list->visualItemRect(shortest).height())
+        << "a long list of keys takes more than one line";
 }
 
 } // namespace
