@@ -138,7 +138,7 @@ private:
                                        bool recordForMove);
     [[nodiscard]] CopyResult copyFolder(const std::filesystem::path& source, const std::filesystem::path& destination,
                                         bool recordForMove);
-    [[nodiscard]] CopyResult copyRegularFile(const std::filesystem::path& source,
+    [[nodiscard]] CopyResult copyRegularFile(const std::filesystem::path& source, const struct stat& status,
                                              const std::filesystem::path& destination);
     void stopForFullVolume(int code);
     void removePartial(const std::filesystem::path& destination);
@@ -158,6 +158,11 @@ private:
     OperationReport report_;
     std::optional<ConflictChoice> rememberedChoice_;
     std::int64_t bytesDoneBeforeCurrentFile_ = 0;
+    /// The copy method to start with for files from each source volume, so that later files skip
+    /// the methods the volumes refused. Copies go to the destination folder's volume; where a
+    /// merged folder is another volume's mount point, a stale guess only costs speed, since every
+    /// method falls back to the next.
+    std::map<dev_t, CopyMethod> methodFrom_;
     bool stopRequested_ = false;
     std::vector<CopiedRecord> copiedForMove_;
     std::string copiedPaths_;

@@ -69,7 +69,7 @@ TransferEngine::CopyResult TransferEngine::copyEntry(const fs::path& source, con
             result = CopyResult::failed;
         }
     } else if (S_ISREG(status.st_mode)) {
-        result = copyRegularFile(source, destination);
+        result = copyRegularFile(source, status, destination);
     } else {
         fail(source, FileOperationError::unsupportedFileType(source));
         result = CopyResult::failed;
@@ -138,7 +138,8 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, co
     return CopyResult::copied;
 }
 
-TransferEngine::CopyResult TransferEngine::copyRegularFile(const fs::path& source, const fs::path& destination)
+TransferEngine::CopyResult TransferEngine::copyRegularFile(const fs::path& source, const struct stat& status,
+                                                           const fs::path& destination)
 {
     std::int64_t fileBytes = 0;
     const auto onBytes = [&](std::int64_t done) {
@@ -148,7 +149,12 @@ TransferEngine::CopyResult TransferEngine::copyRegularFile(const fs::path& sourc
         progress_.update([&](OperationProgress& p) { p.completedBytes = bytesDoneBeforeCurrentFile_ + done; });
         return CopyControl::proceed;
     };
-    auto copied = FileCopier::copyFile(source, destination, onBytes, copyOptions);
+    const auto known = methodFrom_.try_emplace(status.st_dev, copyOptions.firstMethod).first;
+    CopyOptions options = copyOptions;
+    options.firstMethod = known->second;
+    options.learnedMethod = &known->second;
+    // The status was taken just now, in copyEntry, and decided that this is a regular file.
+    auto copied = FileCopier::copyFile(source, destination, onBytes, options, &status);
     if (copied && *copied == CopyOutcome::cancelled) {
         cancellation_.cancel();
         report_.cancelled = true;

@@ -29,14 +29,22 @@ enum class CopyMethod : std::uint8_t {
 };
 
 struct CopyOptions {
-    /// Bytes moved between two progress calls (and cancellation checks) with copy_file_range;
-    /// read/write moves at most 1 MiB of it per call.
+    /// Bytes moved before the first progress call (and cancellation check) of a file. While a
+    /// chunk takes less than a twentieth of a second the next one is twice as large, up to
+    /// largestChunkBytes, so that a large file is handed to the kernel in few calls while stopping
+    /// stays quick however fast or slow the disks are. Read/write moves at most 128 KiB per call.
     std::int64_t chunkBytes = std::int64_t{8} << 20;
+    /// The limit of that growth.
+    std::int64_t largestChunkBytes = std::int64_t{1} << 30;
     /// The first method tried; tests and benchmarks start lower to measure the others.
     CopyMethod firstMethod = CopyMethod::clone;
     /// Write into an unnamed file (O_TMPFILE) that is linked in when complete; off, or where the
     /// file system cannot, the copy is written under a hidden temporary name and renamed.
     bool unnamedFile = true;
+    /// Where set, receives after each copy the method worth starting the next copy between the
+    /// same two file systems with: past the ones these file systems refused as a whole (not the
+    /// ones only this file could not use). Left alone when the copy fails.
+    CopyMethod* learnedMethod = nullptr;
 };
 
 } // namespace orbisk

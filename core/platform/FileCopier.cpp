@@ -28,6 +28,9 @@ constexpr std::string_view temporaryMarker = ".ob-copying-";
 constexpr std::size_t randomDigits = 8;
 constexpr std::size_t maxNameBytes = 255;
 constexpr int temporaryAttempts = 16;
+// Up to this size a copy costs about what looking for a taken name first costs, so the copy
+// simply goes ahead and the final exclusive link or rename finds the clash.
+constexpr off_t checkNameAbove = off_t{1} << 20;
 
 // Creates a fresh temporary entry beside `to` with `create`, which returns 0 or an errno; a
 // name that happens to be taken is retried with new random digits.
@@ -80,12 +83,16 @@ bool isSpecialFile(mode_t mode)
 }
 
 // Opens the regular file `from` for reading without following a link and without blocking on a
-// fifo that took its place after it was inspected; fills in its status.
-std::expected<OwnedFd, CopyError> openSource(const fs::path& from, struct stat& status)
+// fifo that took its place after it was inspected (by us, or by the caller when `inspected` is
+// given); fills in its status.
+std::expected<OwnedFd, CopyError> openSource(const fs::path& from, const struct stat* inspected, struct stat& status)
 {
-    if (::lstat(from.c_str(), &status) != 0)
-        return std::unexpected(CopyError::system(CopyStep::inspectSource, errno, from));
-    if (isSpecialFile(status.st_mode))
+    if (!inspected) {
+        if (::lstat(from.c_str(), &status) != 0)
+            return std::unexpected(CopyError::system(CopyStep::inspectSource, errno, from));
+        inspected = &status;
+    }
+    if (isSpecialFile(inspected->st_mode))
         return std::unexpected(CopyError::unsupportedFileType(from));
     OwnedFd source(::open(from.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!source.isOpen())
@@ -140,20 +147,20 @@ std::optional<std::expected<CopyOutcome, CopyError>> copyUnnamed(int source, con
 } // namespace
 
 std::expected<CopyOutcome, CopyError> copyFile(const fs::path& from, const fs::path& to, const CopyProgress& progress,
-                                               const CopyOptions& options)
+                                               const CopyOptions& options, const struct stat* inspected)
 {
     if (progress && progress(0) == CopyControl::stop)
         return CopyOutcome::cancelled;
 
     struct stat status {};
-    auto source = openSource(from, status);
+    auto source = openSource(from, inspected, status);
     if (!source)
         return std::unexpected(source.error());
 
     // Only a shortcut so that a taken name does not cost a whole copy first: the exclusive
-    // rename at the end is what guarantees that nothing is ever replaced.
+    // link or rename at the end is what guarantees that nothing is ever replaced.
     struct stat existing {};
-    if (::lstat(to.c_str(), &existing) == 0)
+    if (status.st_size > checkNameAbove && ::lstat(to.c_str(), &existing) == 0)
         return std::unexpected(CopyError::system(CopyStep::createDestination, EEXIST, to));
 
     if (auto unnamed =

@@ -4,6 +4,8 @@
 #include "platform/CopyError.h"
 #include "platform/CopyOptions.h"
 
+#include <sys/stat.h>
+
 #include <expected>
 #include <filesystem>
 #include <string>
@@ -19,10 +21,11 @@ namespace orbisk::FileCopier {
 /// complete or not at all: an existing `to` fails with EEXIST and is never touched, and on
 /// failure or cancellation the temporary entry is removed. Devices, sockets and fifos fail with
 /// CopyError::Kind::unsupportedFileType. Runs on the calling thread; progress is called there.
-[[nodiscard]] std::expected<CopyOutcome, CopyError> copyFile(const std::filesystem::path& from,
-                                                             const std::filesystem::path& to,
-                                                             const CopyProgress& progress = {},
-                                                             const CopyOptions& options = {});
+/// `inspected`, when given, is the lstat of `from` the caller has just taken and acted on: the
+/// copier then does not take its own before opening (it still checks what it opened).
+[[nodiscard]] std::expected<CopyOutcome, CopyError>
+copyFile(const std::filesystem::path& from, const std::filesystem::path& to, const CopyProgress& progress = {},
+         const CopyOptions& options = {}, const struct stat* inspected = nullptr);
 
 /// Copies the symbolic link `from` as a link with the same target (never followed, dangling or
 /// not) to the new name `to`, with its owner where allowed and its times; through a temporary

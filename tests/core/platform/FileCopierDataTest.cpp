@@ -128,6 +128,76 @@ TEST(FileCopierData, CopiesBetweenVolumesBothWays)
     }
 }
 
+// The chunk grows for speed, but never past its limit: a large file keeps reporting progress
+// (and checking for a stop) at least every largestChunkBytes, whichever method moves the data.
+TEST(FileCopierData, ChunksGrowOnlyUpToTheirLimit)
+{
+    constexpr std::int64_t limit = 4 * smallChunk;
+    const std::string contents = test::randomBytes(64 * smallChunk + 7);
+    for (const auto& [method, name] : methods) {
+        SCOPED_TRACE(name);
+        TempTree tree;
+        tree.file("source", contents);
+        std::vector<std::int64_t> reports;
+        auto progress = [&reports](std::int64_t done) {
+            reports.push_back(done);
+            return CopyControl::proceed;
+        };
+        CopyOptions options = startingWith(method);
+        options.largestChunkBytes = limit;
+        auto result = FileCopier::copyFile(tree / "source", tree / "copy", progress, options);
+        ASSERT_TRUE(result) << test::describe(result.error());
+        EXPECT_TRUE(test::readAll(tree / "copy") == contents) << "the copy differs";
+        if (reports.size() == 2 && reports.back() == static_cast<std::int64_t>(contents.size()))
+            continue; // cloned in one step: there is no chunk to grow
+        for (std::size_t at = 1; at < reports.size(); ++at)
+            EXPECT_LE(reports[at] - reports[at - 1], limit) << "between reports " << at - 1 << " and " << at;
+    }
+}
+
+// Between the same two places a copy may report the method to start the next one with. It must
+// never skip back to a faster method, must rule out cloning between different file systems, and
+// must still copy every byte when used.
+TEST(FileCopierData, ALearnedMethodStillCopiesBetweenTheSamePlaces)
+{
+    TempTree tree;
+    TempTree shm("/dev/shm");
+    const std::string contents = test::randomBytes(3 * smallChunk + 5);
+    tree.file("here", contents);
+    shm.file("there", contents);
+    struct Case {
+        fs::path from;
+        fs::path into;
+        bool crossesFileSystems;
+        const char* name;
+    };
+    const std::vector<Case> cases = {{tree / "here", tree.root(), false, "within /tmp"},
+                                     {shm / "there", shm.root(), false, "within /dev/shm"},
+                                     {tree / "here", shm.root(), true, "/tmp to /dev/shm"},
+                                     {shm / "there", tree.root(), true, "/dev/shm to /tmp"}};
+    int copyNumber = 0;
+    for (const auto& place : cases) {
+        for (const auto& [method, methodName] : methods) {
+            SCOPED_TRACE(std::string(place.name) + ", starting with " + methodName);
+            CopyMethod learned = method;
+            CopyOptions options = startingWith(method);
+            options.learnedMethod = &learned;
+            const fs::path first = place.into / ("first " + std::to_string(++copyNumber));
+            auto result = FileCopier::copyFile(place.from, first, {}, options);
+            ASSERT_TRUE(result) << test::describe(result.error());
+            EXPECT_GE(learned, method);
+            if (place.crossesFileSystems) {
+                EXPECT_NE(learned, CopyMethod::clone);
+            }
+
+            const fs::path second = place.into / ("second " + std::to_string(copyNumber));
+            auto again = FileCopier::copyFile(place.from, second, {}, startingWith(learned));
+            ASSERT_TRUE(again) << test::describe(again.error());
+            EXPECT_TRUE(test::readAll(second) == contents) << "the copy differs";
+        }
+    }
+}
+
 // A full destination volume: the write fails with ENOSPC, which must come back recognisable
 // (the caller stops the whole run), and neither the copy nor its temporary entry may remain.
 TEST(FileCopierData, AFullVolumeIsReportedAsSuchAndLeavesNothing)

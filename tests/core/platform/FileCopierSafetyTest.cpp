@@ -152,6 +152,33 @@ TEST(FileCopierSafety, DevicesSocketsAndFifosAreRefusedWithoutBlocking)
     ::close(sock);
 }
 
+// A caller may hand over the status it took itself. That status decides nothing on its own:
+// an entry inspected as a regular file but replaced by a fifo before the copy opens it is still
+// refused without blocking, and one inspected as special is refused without being opened.
+TEST(FileCopierSafety, AStatusTakenByTheCallerCannotSmuggleInASpecialFile)
+{
+    TempTree tree;
+    tree.file("regular", "contents");
+    tree.fifo("fifo");
+    struct stat regular {};
+    struct stat fifo {};
+    ASSERT_EQ(::lstat((tree / "regular").c_str(), &regular), 0);
+    ASSERT_EQ(::lstat((tree / "fifo").c_str(), &fifo), 0);
+    struct Case {
+        const char* entry;
+        const struct stat* inspected;
+        const char* name;
+    };
+    for (const Case& c : {Case{"fifo", &regular, "a fifo inspected as a regular file"},
+                          Case{"regular", &fifo, "a regular file inspected as a fifo"}}) {
+        SCOPED_TRACE(c.name);
+        auto result = FileCopier::copyFile(tree / c.entry, tree / "copy", {}, {}, c.inspected);
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error().kind, CopyError::Kind::unsupportedFileType);
+        EXPECT_FALSE(tree.exists("copy"));
+    }
+}
+
 TEST(FileCopierSafety, LinksAreCopiedAsLinksAndNeverFollowed)
 {
     TempTree tree;
