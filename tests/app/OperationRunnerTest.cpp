@@ -195,6 +195,7 @@ TEST_F(OperationRunnerTest, CancelInThePanelStopsInsideALargeFileAndLeavesNothin
     TransferRequest request;
     // Small chunks keep the copy inside the file long enough for the click.
     request.copyOptions.chunkBytes = 4096;
+    request.copyOptions.largestChunkBytes = 4096;
     request.copyOptions.firstMethod = CopyMethod::copyFileRange;
     copy({tree_ / "src/large.bin"}, dst, request);
 

@@ -98,6 +98,7 @@ TEST_F(OperationScreenshots, ProgressPanelDuringALargeCopy)
     window_->operations().setTimings({100, 50});
     TransferRequest request;
     request.copyOptions.chunkBytes = 4096;
+    request.copyOptions.largestChunkBytes = 4096;
     request.copyOptions.firstMethod = CopyMethod::readWrite;
     copy({home_ / "Projects/video.mkv", home_ / "Projects/report.pdf", home_ / "Projects/budget.ods"},
          home_.folder("Backup/Copies"), request);

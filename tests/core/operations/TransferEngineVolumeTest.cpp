@@ -174,6 +174,7 @@ TEST(TransferEngineVolumes, CancellingInsideALargeFileRemovesThePartialCopy)
             transfer(kind, {tree / "src/large.bin"}, other.root(),
                      [&](TransferEngine& engine, CancellationToken& token, OperationProgressTracker& progress) {
                          engine.copyOptions.chunkBytes = 64 << 10;
+                         engine.copyOptions.largestChunkBytes = 64 << 10;
                          engine.copyOptions.firstMethod = CopyMethod::copyFileRange;
                          canceller = std::jthread([&token, &progress, &done] {
                              while (!done && progress.snapshot().completedBytes == 0)
