@@ -32,7 +32,12 @@ QString describe(const std::optional<ItemStamp>& stamp)
     if (!stamp)
         return qtext(translate("Orbisk", "It can no longer be read."));
     const auto modified = QDateTime::fromMSecsSinceEpoch(stamp->modified / 1'000'000);
-    const auto when = QLocale().toString(modified, QLocale::ShortFormat).toStdString();
+    // The same short form as the lists: hours and minutes, no seconds.
+    const QLocale locale;
+    auto time = locale.timeFormat(QLocale::ShortFormat);
+    time.remove(QStringLiteral(":ss"));
+    const auto when =
+        locale.toString(modified, locale.dateFormat(QLocale::ShortFormat) + QLatin1Char(' ') + time).toStdString();
     return stamp->isDirectory ? qtext(L(translate("Orbisk", "Folder, modified %@"), when))
                               : qtext(L(translate("Orbisk", "%@, modified %@"), formatByteCount(stamp->size), when));
 }

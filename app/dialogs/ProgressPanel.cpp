@@ -4,6 +4,7 @@
 #include "support/DisplayText.h"
 #include "support/L10n.h"
 
+#include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -27,7 +28,14 @@ ProgressPanel::ProgressPanel(const std::string& title, const std::string& detail
 {
     setAttribute(Qt::WA_DeleteOnClose);
     setWindowTitle(qtext(title));
-    auto* layout = new QVBoxLayout(this);
+    // A raised frame keeps the panel apart from the window even where no window manager draws one.
+    auto* outer = new QVBoxLayout(this);
+    outer->setContentsMargins(0, 0, 0, 0);
+    auto* frame = new QFrame;
+    frame->setFrameStyle(QFrame::StyledPanel | QFrame::Raised);
+    frame->setLineWidth(1);
+    outer->addWidget(frame);
+    auto* layout = new QVBoxLayout(frame);
     auto* heading = new QLabel(qtext(title));
     heading->setTextFormat(Qt::PlainText);
     auto font = heading->font();

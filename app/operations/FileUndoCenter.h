@@ -16,7 +16,6 @@ class QWidget;
 namespace orbisk {
 
 class OperationRunner;
-// Only declared: its header and the panes' mount list both name a MountTable.
 class Trash;
 
 /// One per window (not a singleton). Undo and redo run FileUndo::revert through the runner, one at

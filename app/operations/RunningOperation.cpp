@@ -149,8 +149,9 @@ void RunningOperation::showPanel()
     panel_ = new ProgressPanel(texts_.title, texts_.detail, options_.cancellable, window_);
     panel_->onCancel = [this] { cancel(); };
     panel_->showProgress(tracker_->snapshot());
-    panel_->place(runner_.panelSlot(this));
     panel_->show();
+    // Placed once shown: only then has the layout given it its final size.
+    panel_->place(runner_.panelSlot(this));
     poll_.start(runner_.timings().pollIntervalMs);
 }
 
