@@ -76,14 +76,6 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Copy to Other Pane</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Move to Other Pane</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Rename</source>
         <translation type="unfinished"></translation>
     </message>
@@ -1005,6 +997,419 @@
     </message>
     <message>
         <source>%lld bytes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Text File.txt</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Create a folder in:
+%@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Create an empty file in:
+%@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Create</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Folder “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New File “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Creating a folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Creating a file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The folder couldn’t be created.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file couldn’t be created.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Folder With Items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Create a folder in:
+%@
+and move “%@” into it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Create a folder in:
+%@
+and move %lld items into it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Folder with Selection “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New name for “%@”:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rename “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Renaming “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replace it (it goes to the Trash), or keep both and give the renamed item a free name?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replace</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep Both</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Invalid destination.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duplicate “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Duplicate %lld Items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>You can restore items from the Trash in your file manager.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move “%@” to the Trash?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move %lld items to the Trash?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>…and %lld more</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>It can no longer be read.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Folder, modified %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@, modified %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name Conflict</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Source and destination are the same item:
+%@
+
+Keep Both makes a copy with a new name. Nothing is overwritten.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An item named “%@” already exists in “%@”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Existing:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Incoming:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Apply to all remaining conflicts</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Skip</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Merge</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replace if Older</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replace if Different</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rename Existing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancelling…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preparing…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld of %lld items — %@ of %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld of %lld items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld items done</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Location: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The item can no longer be read.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Symbolic link</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Special file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Kind: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Size: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Owner: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Group: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Permissions: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” Properties</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy “%@” to:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move “%@” to:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy %lld items to:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move %lld items to:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A folder, a new name for one item, or a mask such as *.bak</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ask what to do</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>If an item already exists:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undo %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Redo %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Redoing “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undoing “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Moving “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Moving %lld items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copying “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copying %lld items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>From: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move %lld Items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy %lld Items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Moving to the Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Moving %lld items to the Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move “%@” to the Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move %lld Items to the Trash</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An unexpected error stopped the operation: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An unexpected error stopped the operation.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copy to Other Pane…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to Other Pane…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Rename…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Folder…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Folder with Selection…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>New Text File…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Move to Trash…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is the item being copied or contains it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>only two folders can be merged.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The destination volume is full (%@). Remaining items were not processed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld items were added, changed or could not be removed during the move and were left in place (%@).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it couldn’t be renamed (%@). It was left unchanged.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it couldn’t be moved to the Trash (%@). It was left unchanged.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the old item is in the Trash, but the new one couldn’t take its name (%@). It is in the same folder as “%@”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the new item couldn’t take its name (%@). The existing item was left unchanged.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the new item couldn’t take its name (%@). The existing item is now named “%@”.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the item was left under this temporary name.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
