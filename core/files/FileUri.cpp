@@ -1,5 +1,7 @@
 #include "files/FileUri.h"
 
+#include "support/PercentEncoding.h"
+
 #include <algorithm>
 #include <cctype>
 
@@ -7,22 +9,6 @@ namespace orbisk::FileUri {
 namespace {
 
 constexpr std::string_view scheme = "file://";
-
-bool keptAsIs(unsigned char c)
-{
-    return std::isalnum(c) || c == '-' || c == '_' || c == '.' || c == '~' || c == '/';
-}
-
-int hexValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
 
 bool equalIgnoringCase(std::string_view a, std::string_view b)
 {
@@ -35,19 +21,7 @@ bool equalIgnoringCase(std::string_view a, std::string_view b)
 
 std::string fromPath(const std::filesystem::path& absolutePath)
 {
-    static constexpr char hex[] = "0123456789ABCDEF";
-    std::string out(scheme);
-    for (const char ch : absolutePath.native()) {
-        const auto c = static_cast<unsigned char>(ch);
-        if (keptAsIs(c)) {
-            out += ch;
-        } else {
-            out += '%';
-            out += hex[c >> 4];
-            out += hex[c & 0x0F];
-        }
-    }
-    return out;
+    return std::string(scheme) + percentEncoded(absolutePath.native());
 }
 
 std::optional<std::filesystem::path> toPath(std::string_view uri)
@@ -66,23 +40,10 @@ std::optional<std::filesystem::path> toPath(std::string_view uri)
     if (const auto end = rest.find_first_of("?#"); end != std::string_view::npos)
         rest = rest.substr(0, end);
 
-    std::string path;
-    path.reserve(rest.size());
-    for (std::size_t i = 0; i < rest.size(); ++i) {
-        if (rest[i] != '%') {
-            path += rest[i];
-            continue;
-        }
-        if (i + 2 >= rest.size())
-            return std::nullopt;
-        const int high = hexValue(rest[i + 1]);
-        const int low = hexValue(rest[i + 2]);
-        if (high < 0 || low < 0 || (high == 0 && low == 0))
-            return std::nullopt;
-        path += static_cast<char>(high * 16 + low);
-        i += 2;
-    }
-    return std::filesystem::path(std::move(path));
+    auto path = percentDecoded(rest);
+    if (!path)
+        return std::nullopt;
+    return std::filesystem::path(std::move(*path));
 }
 
 std::string listFromPaths(const std::vector<std::filesystem::path>& paths)

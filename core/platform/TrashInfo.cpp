@@ -1,14 +1,10 @@
 #include "platform/TrashInfo.h"
 
+#include "support/PercentEncoding.h"
+
 namespace orbisk::TrashInfo {
 
 namespace {
-
-bool keptAsIs(unsigned char c)
-{
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-' || c == '_' ||
-           c == '.' || c == '~' || c == '/';
-}
 
 // Cuts text to at most length bytes, moving back off the continuation bytes of a UTF-8 character.
 std::string_view cut(std::string_view text, std::size_t length)
@@ -22,24 +18,6 @@ std::string_view cut(std::string_view text, std::size_t length)
 }
 
 } // namespace
-
-std::string percentEncoded(std::string_view path)
-{
-    static constexpr char hex[] = "0123456789ABCDEF";
-    std::string out;
-    out.reserve(path.size());
-    for (const char ch : path) {
-        const auto c = static_cast<unsigned char>(ch);
-        if (keptAsIs(c)) {
-            out += ch;
-        } else {
-            out += '%';
-            out += hex[c >> 4];
-            out += hex[c & 0x0F];
-        }
-    }
-    return out;
-}
 
 std::string contents(std::string_view path, std::time_t deletedAt)
 {

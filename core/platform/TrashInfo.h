@@ -11,10 +11,6 @@ namespace orbisk::TrashInfo {
 inline constexpr std::size_t maximumNameLength = 255;
 inline constexpr std::string_view infoSuffix = ".trashinfo";
 
-/// Path bytes escaped as in URLs (RFC 2396): letters, digits, "-_.~/" stay, every other byte
-/// becomes "%XX". Names that are not UTF-8 survive, since bytes are escaped one by one.
-[[nodiscard]] std::string percentEncoded(std::string_view path);
-
 /// The contents of a .trashinfo file: the "[Trash Info]" group with Path (already the right
 /// absolute or volume-relative path, unescaped) and the local DeletionDate, YYYY-MM-DDThh:mm:ss.
 [[nodiscard]] std::string contents(std::string_view path, std::time_t deletedAt);

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "platform/TrashInfo.h"
+#include "support/PercentEncoding.h"
 
 namespace orbisk {
 namespace {
@@ -20,7 +21,7 @@ TEST(TrashInfo, EscapesEveryByteThatIsNotPlainAsInUrls)
     };
     for (const auto& [path, encoded] : cases) {
         SCOPED_TRACE(path);
-        EXPECT_EQ(TrashInfo::percentEncoded(path), encoded);
+        EXPECT_EQ(percentEncoded(path), encoded);
     }
 }
 
