@@ -165,6 +165,14 @@ void PaneViewController::invertSelection()
     emit statusChanged();
 }
 
+void PaneViewController::sortBy(SortColumn column)
+{
+    auto order = activeTab().sort;
+    order.ascending = order.column == column ? !order.ascending : true;
+    order.column = column;
+    setSort(order);
+}
+
 void PaneViewController::setSort(const SortSpec& spec)
 {
     rememberTabState();

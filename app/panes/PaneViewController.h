@@ -106,6 +106,8 @@ public:
     void invertSelection();
 
     void setSort(const SortSpec& spec);
+    /// A click on a column: the sorted column again flips the direction, another sorts ascending.
+    void sortBy(SortColumn column);
     void filterChanged(const std::string& text);
     /// The view reports its scroll offset so that history and tabs can restore it.
     void setScrollY(double y) { scrollY_ = y; }

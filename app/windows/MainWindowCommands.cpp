@@ -156,12 +156,8 @@ void MainWindow::buildCommands()
                                       translate("Orbisk", "Sort by Kind")};
     for (std::size_t i = 0; i < std::size(sorts); ++i) {
         const auto column = sorts[i].second;
-        connect(addCommand(view, sorts[i].first, sortTitles[i]), &QAction::triggered, this, [this, column] {
-            auto spec = activePane().activeTab().sort;
-            spec.ascending = spec.column == column ? !spec.ascending : true;
-            spec.column = column;
-            activePane().setSort(spec);
-        });
+        connect(addCommand(view, sorts[i].first, sortTitles[i]), &QAction::triggered, this,
+                [this, column] { activePane().sortBy(column); });
     }
     view->addSeparator();
     connect(addCommand(view, C::refresh, translate("Orbisk", "Refresh")), &QAction::triggered, this,

@@ -117,11 +117,7 @@ PaneWidget::PaneWidget(PaneViewController& pane, KindTexts& kinds, QWidget* pare
     connect(columns, &QHeaderView::sectionClicked, this, [this](int column) {
         if (applyingSortDescriptors_)
             return;
-        auto spec = pane_.activeTab().sort;
-        const auto clicked = FileListModel::sortColumn(column);
-        spec.ascending = spec.column == clicked ? !spec.ascending : true;
-        spec.column = clicked;
-        pane_.setSort(spec);
+        pane_.sortBy(FileListModel::sortColumn(column));
         showSort();
     });
     connect(tabs_, &QTabBar::currentChanged, this, [this](int index) {

@@ -11,7 +11,7 @@
 
 namespace orbisk {
 
-/// The freedesktop.org Trash specification (version 1.0): items on the home file system go to the
+/// The freedesktop.org Trash standard (version 1.0): items on the home file system go to the
 /// home trash, items on other volumes to that volume's own trash, each with a .trashinfo file that
 /// says where the item came from. An item is only ever renamed into a trash on its own volume, never
 /// copied. Safe to use from any thread; each call reads what it needs afresh.

@@ -51,11 +51,11 @@ std::vector<FormatSpecifier> findFormatSpecifiers(std::string_view text)
     for (std::size_t i = 0; i < text.size(); ++i) {
         if (text[i] != '%')
             continue;
-        FormatSpecifier spec;
-        if (const auto length = match(text, i, spec)) {
-            spec.offset = i;
-            spec.length = length;
-            found.push_back(spec);
+        FormatSpecifier specifier;
+        if (const auto length = match(text, i, specifier)) {
+            specifier.offset = i;
+            specifier.length = length;
+            found.push_back(specifier);
             i += length - 1;
         }
     }
