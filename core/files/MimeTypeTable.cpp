@@ -1,5 +1,7 @@
 #include "files/MimeTypeTable.h"
 
+#include "support/UnicodeText.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -38,25 +40,6 @@ std::optional<std::string> readWholeFile(const std::filesystem::path& path)
     return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
-void appendUtf8(std::string& out, unsigned long c)
-{
-    if (c < 0x80) {
-        out.push_back(static_cast<char>(c));
-    } else if (c < 0x800) {
-        out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    } else if (c < 0x10000) {
-        out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    } else if (c < 0x110000) {
-        out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-        out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-    }
-}
-
 /// XML character data with its five named entities and numeric references resolved.
 std::string unescapedXml(std::string_view text)
 {
@@ -84,8 +67,8 @@ std::string unescapedXml(std::string_view text)
             const std::string digits(rest.substr(hex ? 2 : 1, semicolon - (hex ? 2 : 1)));
             char* end = nullptr;
             const auto value = std::strtoul(digits.c_str(), &end, hex ? 16 : 10);
-            if (!digits.empty() && end != nullptr && *end == '\0') {
-                appendUtf8(out, value);
+            if (!digits.empty() && end != nullptr && *end == '\0' && value <= 0x10FFFF) {
+                UnicodeText::appendUtf8(out, static_cast<UChar32>(value));
                 i += semicolon + 1;
                 done = true;
             }

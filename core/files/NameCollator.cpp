@@ -22,23 +22,9 @@ icu::Locale collationLocale(std::string_view name)
 void appendCodePoints(const icu::UnicodeString& text, std::string& out)
 {
     for (int32_t i = 0; i < text.length();) {
-        const auto c = static_cast<std::uint32_t>(text.char32At(i));
+        const UChar32 c = text.char32At(i);
         i += U16_LENGTH(c);
-        if (c < 0x80) {
-            out.push_back(static_cast<char>(c));
-        } else if (c < 0x800) {
-            out.push_back(static_cast<char>(0xC0 | (c >> 6)));
-            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-        } else if (c < 0x10000) {
-            out.push_back(static_cast<char>(0xE0 | (c >> 12)));
-            out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-        } else {
-            out.push_back(static_cast<char>(0xF0 | (c >> 18)));
-            out.push_back(static_cast<char>(0x80 | ((c >> 12) & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | ((c >> 6) & 0x3F)));
-            out.push_back(static_cast<char>(0x80 | (c & 0x3F)));
-        }
+        UnicodeText::appendUtf8(out, c);
     }
 }
 

@@ -46,6 +46,16 @@ icu::UnicodeString decode(std::string_view bytes)
     return out;
 }
 
+void appendUtf8(std::string& out, UChar32 c)
+{
+    if (c < 0 || c > 0x10FFFF)
+        return;
+    uint8_t buffer[U8_MAX_LENGTH];
+    int32_t length = 0;
+    U8_APPEND_UNSAFE(buffer, length, c);
+    out.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(length));
+}
+
 icu::UnicodeString composed(const icu::UnicodeString& text)
 {
     UErrorCode status = U_ZERO_ERROR;

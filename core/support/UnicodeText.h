@@ -3,6 +3,7 @@
 
 #include <unicode/unistr.h>
 
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -11,6 +12,10 @@ namespace orbisk::UnicodeText {
 /// Decodes UTF-8; every byte that is not part of valid UTF-8 becomes the lone surrogate
 /// U+DC00 + byte, so that invalid names still compare as themselves and never as each other.
 [[nodiscard]] icu::UnicodeString decode(std::string_view bytes);
+
+/// Appends the UTF-8 bytes of one code point (lone surrogates too, as three bytes); a value
+/// outside Unicode's range adds nothing.
+void appendUtf8(std::string& out, UChar32 c);
 
 /// Canonical composition (NFC).
 [[nodiscard]] icu::UnicodeString composed(const icu::UnicodeString& text);
