@@ -1,7 +1,7 @@
 // The user's "stop" for one long operation: set by the interface, polled by the worker.
 #pragma once
 
-#include <mutex>
+#include <atomic>
 
 namespace orbisk {
 
@@ -14,22 +14,13 @@ public:
     CancellationToken& operator=(const CancellationToken&) = delete;
 
     /// Asks the operation to stop at its next check; it cannot be taken back.
-    void cancel()
-    {
-        std::lock_guard guard(lock_);
-        cancelled_ = true;
-    }
+    void cancel() { cancelled_ = true; }
 
     /// Whether cancel() was called; workers ask between items and between chunks of a file.
-    [[nodiscard]] bool isCancelled() const
-    {
-        std::lock_guard guard(lock_);
-        return cancelled_;
-    }
+    [[nodiscard]] bool isCancelled() const { return cancelled_; }
 
 private:
-    mutable std::mutex lock_;
-    bool cancelled_ = false;
+    std::atomic<bool> cancelled_ = false;
 };
 
 } // namespace orbisk

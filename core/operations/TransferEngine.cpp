@@ -118,6 +118,7 @@ OperationReport TransferEngine::run()
         bytesBefore += plan.byteCount;
         finishTopLevel(itemsBefore, bytesBefore);
     }
+    queue_.reset();
     if (cancellation_.isCancelled())
         report_.cancelled = true;
 
@@ -225,7 +226,6 @@ void TransferEngine::finishTopLevel(std::int64_t itemsDone, std::int64_t bytesDo
 {
     // Entries inside the item raised the counts as they went; the item as a whole counts exactly
     // its planned entries and bytes, whether it was copied, renamed, skipped or failed.
-    bytesDoneBeforeCurrentFile_ = bytesDone;
     progress_.update([&](OperationProgress& p) {
         p.completedItems = itemsDone;
         p.completedBytes = bytesDone;

@@ -3,11 +3,13 @@
 
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -15,6 +17,7 @@
 
 #include "operations/CancellationToken.h"
 #include "operations/ConflictChoice.h"
+#include "operations/FileCopyQueue.h"
 #include "operations/FileOperationError.h"
 #include "operations/NameConflict.h"
 #include "operations/OperationProgressTracker.h"
@@ -136,10 +139,14 @@ private:
     // Copying (TransferEngineCopy.cpp)
     [[nodiscard]] CopyResult copyEntry(const std::filesystem::path& source, const std::filesystem::path& destination,
                                        bool recordForMove);
-    [[nodiscard]] CopyResult copyFolder(const std::filesystem::path& source, const std::filesystem::path& destination,
-                                        bool recordForMove);
+    [[nodiscard]] CopyResult copyFolder(const std::filesystem::path& source, dev_t device,
+                                        const std::filesystem::path& destination, bool recordForMove);
     [[nodiscard]] CopyResult copyRegularFile(const std::filesystem::path& source, const struct stat& status,
                                              const std::filesystem::path& destination);
+    [[nodiscard]] CopyResult fileCopyFailed(const std::filesystem::path& source,
+                                            const std::expected<CopyOutcome, CopyError>& copied);
+    [[nodiscard]] FileCopyQueue::Progress queueProgress();
+    [[nodiscard]] CopyResult takeQueuedCopies(bool recordForMove, bool all);
     void stopForFullVolume(int code);
     void removePartial(const std::filesystem::path& destination);
     void fail(const std::filesystem::path& item, FileOperationError error);
@@ -157,13 +164,15 @@ private:
 
     OperationReport report_;
     std::optional<ConflictChoice> rememberedChoice_;
-    std::int64_t bytesDoneBeforeCurrentFile_ = 0;
     /// The copy method to start with for files from each source volume, so that later files skip
     /// the methods the volumes refused. Copies go to the destination folder's volume; where a
     /// merged folder is another volume's mount point, a stale guess only costs speed, since every
     /// method falls back to the next.
     std::map<dev_t, CopyMethod> methodFrom_;
-    bool stopRequested_ = false;
+    /// Set when the destination is full; the queue's copies under way read it on their threads.
+    std::atomic<bool> stopRequested_ = false;
+    /// Regular files inside copied folders, copied on worker threads; made at the first one.
+    std::unique_ptr<FileCopyQueue> queue_;
     std::vector<CopiedRecord> copiedForMove_;
     std::string copiedPaths_;
     /// Sources deliberately left behind by a move (skipped or failed), so that the removal does

@@ -9,6 +9,7 @@
 
 #include "operations/TransferEngine.h"
 #include "platform/FileCopier.h"
+#include "platform/OwnedFd.h"
 #include "support/L10n.h"
 #include "support/Translate.h"
 
@@ -53,7 +54,7 @@ TransferEngine::CopyResult TransferEngine::copyEntry(const fs::path& source, con
         // A folder is recorded before its entries, so that the removal meets it after them.
         if (recordForMove)
             record(source, status);
-        return copyFolder(source, destination, recordForMove);
+        return copyFolder(source, status.st_dev, destination, recordForMove);
     }
     if (S_ISLNK(status.st_mode)) {
         if (auto copied = FileCopier::copyLink(source, destination); !copied) {
@@ -82,7 +83,7 @@ TransferEngine::CopyResult TransferEngine::copyEntry(const fs::path& source, con
     return result;
 }
 
-TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, const fs::path& destination,
+TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, dev_t device, const fs::path& destination,
                                                       bool recordForMove)
 {
     if (auto created = FileCopier::createFolder(destination); !created) {
@@ -93,7 +94,15 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, co
         fail(source, FileOperationError::system(created.error().code, "create the folder", destination));
         return CopyResult::failed;
     }
-    DIR* folder = ::opendir(source.c_str());
+    constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    auto to = std::make_shared<const OwnedFd>(::open(destination.c_str(), folderFlags));
+    if (!to->isOpen()) {
+        fail(source, FileOperationError::system(errno, "create the folder", destination));
+        removePartial(destination);
+        return CopyResult::failed;
+    }
+    auto from = std::make_shared<const OwnedFd>(::open(source.c_str(), folderFlags));
+    DIR* folder = from->isOpen() ? ::fdopendir(::dup(from->get())) : nullptr;
     if (!folder) {
         fail(source, FileOperationError::system(errno, "read", source));
         removePartial(destination);
@@ -109,7 +118,21 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, co
             result = CopyResult::cancelled;
             break;
         }
-        const fs::path child = source / entry->d_name;
+        fs::path child = source / entry->d_name;
+        // Regular files, the bulk of most trees, are copied on the queue's threads; everything
+        // else (and entries the file system gives no type for) here, one at a time.
+        if (entry->d_type == DT_REG) {
+            if (!queue_)
+                queue_ = std::make_unique<FileCopyQueue>(FileCopyQueue::defaultWorkers(), queueProgress());
+            const auto method = methodFrom_.try_emplace(device, copyOptions.firstMethod).first->second;
+            CopyOptions options = copyOptions;
+            options.firstMethod = method;
+            queue_->push({from, to, std::move(child), destination / entry->d_name, options});
+            result = takeQueuedCopies(recordForMove, false);
+            if (result != CopyResult::copied)
+                break;
+            continue;
+        }
         const CopyResult copied = copyEntry(child, destination / entry->d_name, recordForMove);
         if (copied == CopyResult::cancelled || copied == CopyResult::volumeFull) {
             result = copied;
@@ -120,6 +143,10 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, co
             leftOnPurpose_.insert(child.native());
     }
     ::closedir(folder);
+    // The folder's own attributes go on after all of its entries are in, and a partial folder
+    // is removed only once nothing is being copied into it any more.
+    if (const CopyResult rest = takeQueuedCopies(recordForMove, true); result == CopyResult::copied)
+        result = rest;
 
     if (result != CopyResult::copied) {
         // A folder copy that was cancelled or ran out of space is not a copy anyone asked for:
@@ -138,6 +165,56 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, co
     return CopyResult::copied;
 }
 
+FileCopyQueue::Progress TransferEngine::queueProgress()
+{
+    return [this](const fs::path& source, std::int64_t newBytes) {
+        if (cancellation_.isCancelled() || stopRequested_)
+            return CopyControl::stop;
+        // The path is shown once the file's first bytes are in: one update per chunk is all.
+        if (newBytes > 0)
+            progress_.update([&](OperationProgress& p) {
+                p.setCurrentPath(source.native());
+                p.completedBytes += newBytes;
+            });
+        return CopyControl::proceed;
+    };
+}
+
+// Takes the finished copies off the queue in the order they were queued: all of them when `all`
+// is set, otherwise a batch once the queue is full. Once the run is cancelled or the volume is
+// full, the copies still under way stop at their next chunk and the rest is only waited for: the
+// caller removes the folders they went into.
+TransferEngine::CopyResult TransferEngine::takeQueuedCopies(bool recordForMove, bool all)
+{
+    CopyResult result = CopyResult::copied;
+    if (!queue_ || (!all && !queue_->full()))
+        return result;
+    std::int64_t copied = 0;
+    for (auto& done : queue_->takeFinished(all)) {
+        if (result != CopyResult::copied)
+            continue;
+        const fs::path& source = done.job.source;
+        if (done.result && *done.result == CopyOutcome::copied) {
+            methodFrom_[done.status.st_dev] = done.learned;
+            if (recordForMove)
+                record(source, done.status);
+            ++copied;
+            continue;
+        }
+        result = done.result && stopRequested_ ? CopyResult::volumeFull : fileCopyFailed(source, done.result);
+        if (result == CopyResult::failed) {
+            // One file's failure: the folder goes on without it.
+            if (recordForMove)
+                leftOnPurpose_.insert(source.native());
+            result = CopyResult::copied;
+        }
+    }
+    progress_.update([&](OperationProgress& p) { p.completedItems += copied; });
+    if (result != CopyResult::copied)
+        (void)queue_->takeFinished(true);
+    return result;
+}
+
 TransferEngine::CopyResult TransferEngine::copyRegularFile(const fs::path& source, const struct stat& status,
                                                            const fs::path& destination)
 {
@@ -145,8 +222,8 @@ TransferEngine::CopyResult TransferEngine::copyRegularFile(const fs::path& sourc
     const auto onBytes = [&](std::int64_t done) {
         if (cancellation_.isCancelled())
             return CopyControl::stop;
+        progress_.update([&](OperationProgress& p) { p.completedBytes += done - fileBytes; });
         fileBytes = done;
-        progress_.update([&](OperationProgress& p) { p.completedBytes = bytesDoneBeforeCurrentFile_ + done; });
         return CopyControl::proceed;
     };
     const auto known = methodFrom_.try_emplace(status.st_dev, copyOptions.firstMethod).first;
@@ -154,26 +231,32 @@ TransferEngine::CopyResult TransferEngine::copyRegularFile(const fs::path& sourc
     options.firstMethod = known->second;
     options.learnedMethod = &known->second;
     // The status was taken just now, in copyEntry, and decided that this is a regular file.
-    auto copied = FileCopier::copyFile(source, destination, onBytes, options, &status);
-    if (copied && *copied == CopyOutcome::cancelled) {
+    const auto copied = FileCopier::copyFile(source, destination, onBytes, options, &status);
+    if (copied && *copied == CopyOutcome::copied)
+        return CopyResult::copied;
+    return fileCopyFailed(source, copied);
+}
+
+// What a file copy that did not complete means for the run: a cancellation, a full volume that
+// stops everything, or a failure of this file alone, which goes into the report.
+TransferEngine::CopyResult TransferEngine::fileCopyFailed(const fs::path& source,
+                                                          const std::expected<CopyOutcome, CopyError>& copied)
+{
+    if (copied) {
         cancellation_.cancel();
         report_.cancelled = true;
         return CopyResult::cancelled;
     }
-    if (!copied) {
-        const CopyError& error = copied.error();
-        if (error.kind == CopyError::Kind::unsupportedFileType) {
-            fail(source, FileOperationError::unsupportedFileType(source));
-        } else if (error.isVolumeFull()) {
-            stopForFullVolume(error.code);
-            return CopyResult::volumeFull;
-        } else {
-            fail(source, FileOperationError::system(error.code, "copy", source));
-        }
-        return CopyResult::failed;
+    const CopyError& error = copied.error();
+    if (error.kind == CopyError::Kind::unsupportedFileType) {
+        fail(source, FileOperationError::unsupportedFileType(source));
+    } else if (error.isVolumeFull()) {
+        stopForFullVolume(error.code);
+        return CopyResult::volumeFull;
+    } else {
+        fail(source, FileOperationError::system(error.code, "copy", source));
     }
-    bytesDoneBeforeCurrentFile_ += fileBytes;
-    return CopyResult::copied;
+    return CopyResult::failed;
 }
 
 void TransferEngine::stopForFullVolume(int code)

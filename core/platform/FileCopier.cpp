@@ -85,61 +85,69 @@ bool isSpecialFile(mode_t mode)
 // Opens the regular file `from` for reading without following a link and without blocking on a
 // fifo that took its place after it was inspected (by us, or by the caller when `inspected` is
 // given); fills in its status.
-std::expected<OwnedFd, CopyError> openSource(const fs::path& from, const struct stat* inspected, struct stat& status)
+std::expected<OwnedFd, CopyError> openSource(const EntryAt& from, const struct stat* inspected, struct stat& status)
 {
     if (!inspected) {
-        if (::lstat(from.c_str(), &status) != 0)
-            return std::unexpected(CopyError::system(CopyStep::inspectSource, errno, from));
+        if (::fstatat(from.folder, from.name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+            return std::unexpected(CopyError::system(CopyStep::inspectSource, errno, from.path));
         inspected = &status;
     }
     if (isSpecialFile(inspected->st_mode))
-        return std::unexpected(CopyError::unsupportedFileType(from));
-    OwnedFd source(::open(from.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+        return std::unexpected(CopyError::unsupportedFileType(from.path));
+    OwnedFd source(::openat(from.folder, from.name, O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (!source.isOpen())
-        return std::unexpected(CopyError::system(CopyStep::openSource, errno, from));
+        return std::unexpected(CopyError::system(CopyStep::openSource, errno, from.path));
     if (::fstat(source.get(), &status) != 0)
-        return std::unexpected(CopyError::system(CopyStep::inspectSource, errno, from));
+        return std::unexpected(CopyError::system(CopyStep::inspectSource, errno, from.path));
     if (isSpecialFile(status.st_mode))
-        return std::unexpected(CopyError::unsupportedFileType(from));
+        return std::unexpected(CopyError::unsupportedFileType(from.path));
     if (S_ISDIR(status.st_mode))
-        return std::unexpected(CopyError::system(CopyStep::openSource, EISDIR, from));
+        return std::unexpected(CopyError::system(CopyStep::openSource, EISDIR, from.path));
     // F_SETFL only touches the status flags, none of which we set besides O_NONBLOCK.
     if (::fcntl(source.get(), F_SETFL, 0) != 0)
-        return std::unexpected(CopyError::system(CopyStep::openSource, errno, from));
+        return std::unexpected(CopyError::system(CopyStep::openSource, errno, from.path));
     return source;
 }
 
 // The fast way to the same guarantee: the copy is written into an unnamed file (O_TMPFILE) in the
 // destination folder and linked under its final name only when complete. linkat never replaces
 // an existing name, and a crash leaves nothing at all behind. Linking through /proc/self/fd needs
-// no privilege, unlike AT_EMPTY_PATH. Returns nothing when the file system or the system cannot
-// do this, so that the caller falls back to a hidden temporary name.
+// no privilege, unlike AT_EMPTY_PATH. The unnamed file is created with the source's permission
+// bits already (nobody can open it by name before it is complete), so that a matching mode spares
+// a chmod; only owner write stays on, which copying extended attributes needs. Returns nothing when the file system or
+// the system cannot do this, so that the caller falls back to a hidden temporary name.
 std::optional<std::expected<CopyOutcome, CopyError>> copyUnnamed(int source, const struct stat& status,
-                                                                 const fs::path& from, const fs::path& to,
+                                                                 const EntryAt& from, const EntryAt& to,
                                                                  const CopyProgress& progress,
                                                                  const CopyOptions& options)
 {
-    const fs::path folder = to.has_parent_path() ? to.parent_path() : fs::path(".");
-    OwnedFd destination(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600));
+    std::string parent;
+    const char* folder = ".";
+    if (to.folder == AT_FDCWD && to.path.has_parent_path()) {
+        parent = to.path.parent_path().native();
+        folder = parent.c_str();
+    }
+    OwnedFd destination(
+        ::openat(to.folder, folder, O_TMPFILE | O_WRONLY | O_CLOEXEC, (status.st_mode & 0777) | S_IWUSR));
     if (!destination.isOpen()) {
         if (errno == EOPNOTSUPP || errno == EISDIR || errno == EINVAL)
             return std::nullopt;
-        return std::unexpected(CopyError::system(CopyStep::createDestination, errno, to));
+        return std::unexpected(CopyError::system(CopyStep::createDestination, errno, to.path));
     }
-    auto copied = FileDataCopy::copy(source, destination.get(), status, options, progress, from, to);
+    auto copied = FileDataCopy::copy(source, destination.get(), status, options, progress, from.path, to.path);
     if (!copied || *copied == CopyOutcome::cancelled)
         return copied;
-    if (auto metadata = FileMetadata::copy(source, status, destination.get(), to); !metadata)
+    if (auto metadata = FileMetadata::copy(source, status, destination.get(), to.path); !metadata)
         return std::unexpected(metadata.error());
     const std::string self = "/proc/self/fd/" + std::to_string(destination.get());
-    if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, to.c_str(), AT_SYMLINK_FOLLOW) != 0) {
+    if (::linkat(AT_FDCWD, self.c_str(), to.folder, to.name, AT_SYMLINK_FOLLOW) != 0) {
         if (errno == ENOENT && ::access("/proc/self/fd", F_OK) != 0)
             return std::nullopt; // no /proc: the data is copied again the other way
-        return std::unexpected(CopyError::system(CopyStep::rename, errno, to));
+        return std::unexpected(CopyError::system(CopyStep::rename, errno, to.path));
     }
     if (const int code = destination.close(); code != 0) {
-        ::unlink(to.c_str());
-        return std::unexpected(CopyError::system(CopyStep::writeDestination, code, to));
+        ::unlinkat(to.folder, to.name, 0);
+        return std::unexpected(CopyError::system(CopyStep::writeDestination, code, to.path));
     }
     return CopyOutcome::copied;
 }
@@ -149,6 +157,13 @@ std::optional<std::expected<CopyOutcome, CopyError>> copyUnnamed(int source, con
 std::expected<CopyOutcome, CopyError> copyFile(const fs::path& from, const fs::path& to, const CopyProgress& progress,
                                                const CopyOptions& options, const struct stat* inspected)
 {
+    return copyFileAt({AT_FDCWD, from.c_str(), from}, {AT_FDCWD, to.c_str(), to}, progress, options, inspected);
+}
+
+std::expected<CopyOutcome, CopyError> copyFileAt(const EntryAt& from, const EntryAt& to, const CopyProgress& progress,
+                                                 const CopyOptions& options, const struct stat* inspected,
+                                                 struct stat* copied)
+{
     if (progress && progress(0) == CopyControl::stop)
         return CopyOutcome::cancelled;
 
@@ -156,35 +171,38 @@ std::expected<CopyOutcome, CopyError> copyFile(const fs::path& from, const fs::p
     auto source = openSource(from, inspected, status);
     if (!source)
         return std::unexpected(source.error());
+    if (copied)
+        *copied = status;
 
     // Only a shortcut so that a taken name does not cost a whole copy first: the exclusive
     // link or rename at the end is what guarantees that nothing is ever replaced.
     struct stat existing {};
-    if (status.st_size > checkNameAbove && ::lstat(to.c_str(), &existing) == 0)
-        return std::unexpected(CopyError::system(CopyStep::createDestination, EEXIST, to));
+    if (status.st_size > checkNameAbove && ::fstatat(to.folder, to.name, &existing, AT_SYMLINK_NOFOLLOW) == 0)
+        return std::unexpected(CopyError::system(CopyStep::createDestination, EEXIST, to.path));
 
     if (auto unnamed =
             options.unnamedFile ? copyUnnamed(source->get(), status, from, to, progress, options) : std::nullopt;
         unnamed)
         return *unnamed;
 
+    // The fallback is rare (file systems without unnamed files), so it works with whole paths.
     OwnedFd destination;
-    auto created = createTemporary(to, [&destination](const fs::path& candidate) {
+    auto created = createTemporary(to.path, [&destination](const fs::path& candidate) {
         destination = OwnedFd(::open(candidate.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
         return destination.isOpen() ? 0 : errno;
     });
     if (!created)
-        return std::unexpected(CopyError::system(CopyStep::createDestination, created.error(), to));
+        return std::unexpected(CopyError::system(CopyStep::createDestination, created.error(), to.path));
     TemporaryEntry temporary(std::move(*created));
 
-    auto copied = FileDataCopy::copy(source->get(), destination.get(), status, options, progress, from, to);
-    if (!copied || *copied == CopyOutcome::cancelled)
-        return copied;
-    if (auto metadata = FileMetadata::copy(source->get(), status, destination.get(), to); !metadata)
+    auto data = FileDataCopy::copy(source->get(), destination.get(), status, options, progress, from.path, to.path);
+    if (!data || *data == CopyOutcome::cancelled)
+        return data;
+    if (auto metadata = FileMetadata::copy(source->get(), status, destination.get(), to.path); !metadata)
         return std::unexpected(metadata.error());
     if (const int code = destination.close(); code != 0)
-        return std::unexpected(CopyError::system(CopyStep::writeDestination, code, to));
-    if (auto named = giveFinalName(temporary, to); !named)
+        return std::unexpected(CopyError::system(CopyStep::writeDestination, code, to.path));
+    if (auto named = giveFinalName(temporary, to.path); !named)
         return std::unexpected(named.error());
     return CopyOutcome::copied;
 }

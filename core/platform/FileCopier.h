@@ -4,6 +4,7 @@
 #include "platform/CopyError.h"
 #include "platform/CopyOptions.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <expected>
@@ -12,6 +13,16 @@
 #include <string_view>
 
 namespace orbisk::FileCopier {
+
+/// One side of a copy named relative to an open folder, which spares the kernel walking the
+/// whole path again for every file of a large tree. `folder` is an open folder or AT_FDCWD;
+/// `name` is relative to it (with AT_FDCWD, a path of its own); `path` is the entry's full path,
+/// which errors name.
+struct EntryAt {
+    int folder = AT_FDCWD;
+    const char* name = nullptr;
+    const std::filesystem::path& path;
+};
 
 /// Copies the regular file `from` to the new name `to` with its data (cloned where the file
 /// system can, holes kept), owner where allowed, extended attributes and ACLs, mode and times to
@@ -26,6 +37,13 @@ namespace orbisk::FileCopier {
 [[nodiscard]] std::expected<CopyOutcome, CopyError>
 copyFile(const std::filesystem::path& from, const std::filesystem::path& to, const CopyProgress& progress = {},
          const CopyOptions& options = {}, const struct stat* inspected = nullptr);
+
+/// copyFile with both sides named relative to open folders. `copied`, when given, receives the
+/// status of the source as it was opened, the file whose data the copy now holds.
+[[nodiscard]] std::expected<CopyOutcome, CopyError> copyFileAt(const EntryAt& from, const EntryAt& to,
+                                                               const CopyProgress& progress, const CopyOptions& options,
+                                                               const struct stat* inspected = nullptr,
+                                                               struct stat* copied = nullptr);
 
 /// Copies the symbolic link `from` as a link with the same target (never followed, dangling or
 /// not) to the new name `to`, with its owner where allowed and its times; through a temporary

@@ -35,16 +35,18 @@ bool isPrivilegedNamespace(std::string_view name)
     return !name.starts_with("user.") && !name.starts_with("system.posix_acl_");
 }
 
-std::expected<void, CopyError> copyExtendedAttributes(int source, int destination, const std::filesystem::path& path)
+// Says whether anything was set: an ACL among the attributes changes the permission bits.
+std::expected<bool, CopyError> copyExtendedAttributes(int source, int destination, const std::filesystem::path& path)
 {
     std::vector<char> names;
     const ssize_t listed =
         readSized(names, [source](char* data, std::size_t size) { return ::flistxattr(source, data, size); });
     if (listed < 0) {
         if (errno == ENOTSUP)
-            return {};
+            return false;
         return std::unexpected(CopyError::system(CopyStep::readSource, errno, path));
     }
+    bool set = false;
     std::vector<char> value;
     for (std::size_t at = 0; at < static_cast<std::size_t>(listed);) {
         const std::string name(names.data() + at);
@@ -57,38 +59,45 @@ std::expected<void, CopyError> copyExtendedAttributes(int source, int destinatio
                 continue;
             return std::unexpected(CopyError::system(CopyStep::readSource, errno, path));
         }
-        if (::fsetxattr(destination, name.c_str(), value.data(), static_cast<std::size_t>(got), 0) == 0)
+        if (::fsetxattr(destination, name.c_str(), value.data(), static_cast<std::size_t>(got), 0) == 0) {
+            set = true;
             continue;
+        }
         if (errno == ENOTSUP)
             continue; // the destination file system has no such attributes
         if ((errno == EPERM || errno == EACCES) && isPrivilegedNamespace(name))
             continue;
         return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
     }
-    return {};
+    return set;
 }
 
 // Tries the owner and group, then the group alone (a user may give a file any group they belong
 // to), and says which of the two the copy now has like the source, since setuid and setgid
-// depend on it.
+// depend on it. A copy that already has the source's owner and group (`now` is its status; the
+// common case of copying one's own files) is left alone: a chown costs a metadata write even
+// when it changes nothing.
 struct KeptOwner {
     bool user = false;
     bool group = false;
+    bool changed = false; ///< a chown was made, which may have cleared setuid and setgid
 };
 
-std::expected<KeptOwner, CopyError> copyOwner(const struct stat& status, int destination,
+std::expected<KeptOwner, CopyError> copyOwner(const struct stat& status, int destination, const struct stat& now,
                                               const std::filesystem::path& path)
 {
+    if (now.st_uid == status.st_uid && now.st_gid == status.st_gid)
+        return KeptOwner{true, true, false};
     if (::fchown(destination, status.st_uid, status.st_gid) == 0)
-        return KeptOwner{true, true};
+        return KeptOwner{true, true, true};
     if (errno != EPERM)
         return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
     if (::fchown(destination, static_cast<uid_t>(-1), status.st_gid) != 0 && errno != EPERM)
         return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
-    struct stat now {};
-    if (::fstat(destination, &now) != 0)
+    struct stat after {};
+    if (::fstat(destination, &after) != 0)
         return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
-    return KeptOwner{now.st_uid == status.st_uid, now.st_gid == status.st_gid};
+    return KeptOwner{after.st_uid == status.st_uid, after.st_gid == status.st_gid, true};
 }
 
 } // namespace
@@ -100,11 +109,15 @@ std::expected<void, CopyError> copy(int source, const struct stat& status, int d
     // anything else. The attributes go before the mode because writing them needs write
     // permission, which a read-only mode would take away; an ACL changes the group bits, which
     // the mode below sets back consistently.
-    auto owner = copyOwner(status, destination, path);
+    struct stat now {};
+    if (::fstat(destination, &now) != 0)
+        return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
+    auto owner = copyOwner(status, destination, now, path);
     if (!owner)
         return std::unexpected(owner.error());
-    if (auto attributes = copyExtendedAttributes(source, destination, path); !attributes)
-        return attributes;
+    auto attributes = copyExtendedAttributes(source, destination, path);
+    if (!attributes)
+        return std::unexpected(attributes.error());
 
     mode_t mode = status.st_mode & 07777;
     if (!owner->user)
@@ -113,8 +126,10 @@ std::expected<void, CopyError> copy(int source, const struct stat& status, int d
         mode &= ~mode_t{S_ISGID};
     // The copy is ours (or root gave it away and may still change it), so EPERM here comes from
     // a file system that cannot store these bits (FAT, some FUSE and network file systems),
-    // where the copy simply gets the mode the mount gives every file.
-    if (::fchmod(destination, mode) != 0 && errno != EPERM)
+    // where the copy simply gets the mode the mount gives every file. A copy created with the
+    // right bits and no ACL set since needs no chmod.
+    const bool modeKept = !owner->changed && !*attributes && (now.st_mode & 07777) == mode;
+    if (!modeKept && ::fchmod(destination, mode) != 0 && errno != EPERM)
         return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, path));
 
     const struct timespec times[2] = {status.st_atim, status.st_mtim};

@@ -4,7 +4,6 @@
 #include <linux/fiemap.h>
 #include <linux/fs.h>
 #include <sys/ioctl.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -12,9 +11,9 @@
 #include <algorithm>
 #include <atomic>
 #include <fstream>
-#include <functional>
 #include <thread>
 
+#include "TransferTestSupport.h"
 #include "operations/TransferEngine.h"
 #include "support/Processes.h"
 #include "support/TempTree.h"
@@ -23,50 +22,10 @@ namespace orbisk {
 namespace {
 
 namespace fs = std::filesystem;
+using test::entriesBelow;
+using test::SmallTmpfs;
 using test::TempTree;
-
-// A tmpfs of a given size mounted on a fresh folder, for a full volume or a second volume.
-class SmallTmpfs {
-public:
-    explicit SmallTmpfs(const fs::path& folder, const std::string& size) : folder_(folder)
-    {
-        fs::create_directories(folder_);
-        mounted_ = ::mount("tmpfs", folder_.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0;
-    }
-    ~SmallTmpfs()
-    {
-        if (mounted_)
-            ::umount2(folder_.c_str(), MNT_DETACH);
-    }
-    SmallTmpfs(const SmallTmpfs&) = delete;
-    SmallTmpfs& operator=(const SmallTmpfs&) = delete;
-    [[nodiscard]] bool mounted() const { return mounted_; }
-
-private:
-    fs::path folder_;
-    bool mounted_ = false;
-};
-
-std::vector<std::string> entriesBelow(const fs::path& folder)
-{
-    std::vector<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(folder))
-        names.push_back(entry.path().lexically_relative(folder).native());
-    std::ranges::sort(names);
-    return names;
-}
-
-OperationReport
-transfer(TransferEngine::Kind kind, std::vector<fs::path> sources, const fs::path& destination,
-         const std::function<void(TransferEngine&, CancellationToken&, OperationProgressTracker&)>& configure = {})
-{
-    CancellationToken token;
-    OperationProgressTracker progress;
-    TransferEngine engine(kind, std::move(sources), destination, token, progress);
-    if (configure)
-        configure(engine, token, progress);
-    return engine.run();
-}
+using test::transfer;
 
 TEST(TransferEngineVolumes, AFullVolumeStopsTheRunAndLeavesNoPartialCopy)
 {
