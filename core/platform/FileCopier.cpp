@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
@@ -109,10 +110,30 @@ std::expected<OwnedFd, CopyError> openSource(const EntryAt& from, const struct s
     return source;
 }
 
+// Gives the unnamed file `file` the name `to`. Since Linux 6.10 whoever opened the file may link
+// it by its descriptor (AT_EMPTY_PATH); before, that needed a privilege and failed with ENOENT,
+// and the way through /proc/self/fd, a symbolic-link lookup more per file, is what remains.
+std::expected<void, int> linkUnnamed(int file, const EntryAt& to)
+{
+    static std::atomic<bool> byDescriptor = true;
+    if (byDescriptor) {
+        if (::linkat(file, "", to.folder, to.name, AT_EMPTY_PATH) == 0)
+            return {};
+        if (errno != ENOENT)
+            return std::unexpected(errno);
+        // Most likely the missing privilege (a taken name gives EEXIST); a folder removed
+        // meanwhile gives ENOENT too, which only costs later copies the faster way.
+        byDescriptor = false;
+    }
+    const std::string self = "/proc/self/fd/" + std::to_string(file);
+    if (::linkat(AT_FDCWD, self.c_str(), to.folder, to.name, AT_SYMLINK_FOLLOW) != 0)
+        return std::unexpected(errno);
+    return {};
+}
+
 // The fast way to the same guarantee: the copy is written into an unnamed file (O_TMPFILE) in the
 // destination folder and linked under its final name only when complete. linkat never replaces
-// an existing name, and a crash leaves nothing at all behind. Linking through /proc/self/fd needs
-// no privilege, unlike AT_EMPTY_PATH. The unnamed file is created with the source's permission
+// an existing name, and a crash leaves nothing at all behind. The unnamed file is created with the source's permission
 // bits already (nobody can open it by name before it is complete), so that a matching mode spares
 // a chmod; only owner write stays on, which copying extended attributes needs. Returns nothing when the file system or
 // the system cannot do this, so that the caller falls back to a hidden temporary name.
@@ -139,11 +160,10 @@ std::optional<std::expected<CopyOutcome, CopyError>> copyUnnamed(int source, con
         return copied;
     if (auto metadata = FileMetadata::copy(source, status, destination.get(), to.path); !metadata)
         return std::unexpected(metadata.error());
-    const std::string self = "/proc/self/fd/" + std::to_string(destination.get());
-    if (::linkat(AT_FDCWD, self.c_str(), to.folder, to.name, AT_SYMLINK_FOLLOW) != 0) {
-        if (errno == ENOENT && ::access("/proc/self/fd", F_OK) != 0)
+    if (auto linked = linkUnnamed(destination.get(), to); !linked) {
+        if (linked.error() == ENOENT && ::access("/proc/self/fd", F_OK) != 0)
             return std::nullopt; // no /proc: the data is copied again the other way
-        return std::unexpected(CopyError::system(CopyStep::rename, errno, to.path));
+        return std::unexpected(CopyError::system(CopyStep::rename, linked.error(), to.path));
     }
     if (const int code = destination.close(); code != 0) {
         ::unlinkat(to.folder, to.name, 0);
