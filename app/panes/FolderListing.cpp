@@ -2,6 +2,6 @@
 
 namespace orbisk {
 
-FolderListing::FolderListing(std::vector<FileItem> read) : items(std::move(read)), ranks(items) {}
+FolderListing::FolderListing(std::vector<FileItem> read) : items(std::move(read)), ranks(items), forms(items) {}
 
 } // namespace orbisk

@@ -12,12 +12,7 @@ PaneRows rows(const std::filesystem::path& folder, const std::shared_ptr<const F
 {
     const NameFilter filter(arrangement.filter);
     const auto& items = listing->items;
-    std::vector<std::uint32_t> passing;
-    passing.reserve(items.size());
-    for (std::uint32_t i = 0; i < items.size(); ++i) {
-        if (filter.matches(items[i].name()))
-            passing.push_back(i);
-    }
+    const auto passing = filter.passing(items, listing->forms);
     auto order = FileSorter::order(items, passing, arrangement.sort, arrangement.directoriesFirst,
                                    arrangement.folderSizes, describe, listing->ranks);
     std::optional<FileItem> parent;
