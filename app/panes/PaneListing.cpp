@@ -7,42 +7,23 @@
 
 namespace orbisk::PaneListing {
 
-std::vector<FileItem> rows(const std::filesystem::path& folder, const std::vector<FileItem>& items,
-                           const Arrangement& arrangement, const Describe& describe, const NameRanks* ranks)
+PaneRows rows(const std::filesystem::path& folder, const std::shared_ptr<const FolderListing>& listing,
+              const Arrangement& arrangement, const Describe& describe)
 {
     const NameFilter filter(arrangement.filter);
-    std::vector<FileItem> shown;
-    if (ranks && ranks->size() == items.size()) {
-        // Sort positions, then copy each shown item once, straight to its place after "..".
-        std::vector<std::uint32_t> passing;
-        passing.reserve(items.size());
-        for (std::uint32_t i = 0; i < items.size(); ++i) {
-            if (filter.matches(items[i].name()))
-                passing.push_back(i);
-        }
-        const auto order = FileSorter::order(items, passing, arrangement.sort, arrangement.directoriesFirst,
-                                             arrangement.folderSizes, describe, *ranks);
-        shown.reserve(order.size() + 1);
-        if (folder != "/")
-            shown.push_back(FileItem::parentLink(folder));
-        for (const auto i : order)
-            shown.push_back(items[i]);
-        return shown;
-    }
-    shown.reserve(items.size() + 1);
-    for (const auto& item : items) {
-        if (filter.matches(item.name()))
-            shown.push_back(item);
-    }
-    shown = FileSorter::sorted(std::move(shown), arrangement.sort, arrangement.directoriesFirst,
-                               arrangement.folderSizes, describe);
+    const auto& items = listing->items;
+    const auto passing = filter.passing(items, listing->forms);
+    auto order = FileSorter::order(items, passing, arrangement.sort, arrangement.directoriesFirst,
+                                   arrangement.folderSizes, describe, listing->ranks);
+    std::optional<FileItem> parent;
     if (folder != "/")
-        shown.insert(shown.begin(), FileItem::parentLink(folder));
-    return shown;
+        parent = FileItem::parentLink(folder);
+    return PaneRows(std::shared_ptr<const PaneRows::Listing>(listing, &listing->items), std::move(order),
+                    std::move(parent));
 }
 
-std::string statusText(const std::vector<FileItem>& rows, const std::vector<bool>& selected,
-                       std::size_t unfilteredCount, bool filterActive)
+std::string statusText(const PaneRows& rows, const std::vector<bool>& selected, std::size_t unfilteredCount,
+                       bool filterActive)
 {
     long long listed = 0;
     long long selectedCount = 0;

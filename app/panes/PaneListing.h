@@ -2,6 +2,8 @@
 #pragma once
 
 #include "files/FileItem.h"
+#include "panes/FolderListing.h"
+#include "panes/PaneRows.h"
 #include "panes/PaneTab.h"
 #include "support/Paths.h"
 
@@ -23,16 +25,15 @@ struct Arrangement {
     FolderSizes folderSizes;
 };
 
-/// The rows a pane shows for the items of folder: filtered, sorted (folders first when asked),
-/// with the ".." row on top except at "/". ranks, when given, are those of items and only make the
-/// sort faster. Pure; any thread, given a describe that is.
-[[nodiscard]] std::vector<FileItem> rows(const std::filesystem::path& folder, const std::vector<FileItem>& items,
-                                         const Arrangement& arrangement, const Describe& describe,
-                                         const NameRanks* ranks = nullptr);
+/// The rows a pane shows for the listing of folder: filtered, sorted (folders first when asked),
+/// with the ".." row on top except at "/". The rows keep the listing alive and copy none of its
+/// items. Pure; any thread, given a describe that is.
+[[nodiscard]] PaneRows rows(const std::filesystem::path& folder, const std::shared_ptr<const FolderListing>& listing,
+                            const Arrangement& arrangement, const Describe& describe);
 
 /// "%lld items", or "%lld of %lld selected, %@" with the selected bytes; " (filtered from %lld)"
 /// follows when a filter hides some. Counts never include the ".." row.
-[[nodiscard]] std::string statusText(const std::vector<FileItem>& rows, const std::vector<bool>& selected,
+[[nodiscard]] std::string statusText(const PaneRows& rows, const std::vector<bool>& selected,
                                      std::size_t unfilteredCount, bool filterActive);
 
 /// "%@ available of %@", or nothing when the capacity is unknown.

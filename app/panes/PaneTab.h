@@ -3,8 +3,8 @@
 
 #include "files/FileItem.h"
 #include "files/FileSorter.h"
-#include "files/NameRanks.h"
 #include "files/SortSpec.h"
+#include "panes/FolderListing.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -34,10 +34,8 @@ struct PaneTab {
     std::vector<HistoryEntry> forward; ///< most recently left last
     SortSpec sort;
     std::string filter;
-    std::vector<FileItem> items; ///< the last full listing, unfiltered, without ".."
-    /// The names of items in collation order, made with them on the worker, so that a change of
-    /// filter or sort never builds collation keys on the main thread.
-    std::shared_ptr<const NameRanks> nameRanks;
+    /// The last reading of the folder, made whole on the worker; empty until the first one.
+    std::shared_ptr<const FolderListing> listing;
     FolderSizes folderSizes;
     std::set<std::string> selectedNames; ///< remembered when the tab was last left
     std::optional<std::string> focusedName;

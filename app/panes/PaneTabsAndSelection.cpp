@@ -21,7 +21,7 @@ void PaneViewController::showActiveTab()
     ++loadGeneration_; // whatever the previous tab was loading no longer applies
     auto& tab = activeTab();
     if (!tab.hasLoaded) {
-        rows_.clear();
+        rows_ = {};
         selected_.clear();
         focusRow_ = -1;
         emit rowsChanged();

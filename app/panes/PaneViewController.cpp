@@ -14,14 +14,13 @@
 namespace orbisk {
 
 struct PaneViewController::LoadResult {
-    std::expected<std::vector<FileItem>, std::error_code> items;
-    std::shared_ptr<const NameRanks> nameRanks;
+    std::expected<std::shared_ptr<const FolderListing>, std::error_code> listing;
     std::filesystem::path mountPoint;
     std::optional<Paths::VolumeCapacity> capacity;
     // Filtering and sorting a large folder takes as long as reading it, so the worker does both;
     // the rows are used only if the tab still wants this arrangement when they arrive.
     PaneListing::Arrangement arrangement;
-    std::vector<FileItem> rows;
+    PaneRows rows;
 };
 
 namespace {
@@ -91,13 +90,17 @@ void PaneViewController::navigate(const std::filesystem::path& to, std::optional
                 deliver(generation, asker, mode, select, scrollY, quiet, to, watcher->result());
             });
     watcher->setFuture(QtConcurrent::run([read, mounts, describe, to, includeHidden, arrangement] {
-        LoadResult result{read(to, includeHidden), {}, {}, {}, arrangement, {}};
-        if (result.items) {
-            result.mountPoint = mounts().mountPointOf(to);
-            result.capacity = Paths::volumeCapacity(to);
-            result.nameRanks = std::make_shared<const NameRanks>(*result.items);
-            result.rows = PaneListing::rows(to, *result.items, arrangement, describe, result.nameRanks.get());
+        LoadResult result{std::unexpected(std::error_code()), {}, {}, arrangement, {}};
+        auto items = read(to, includeHidden);
+        if (!items) {
+            result.listing = std::unexpected(items.error());
+            return result;
         }
+        const auto listing = std::make_shared<const FolderListing>(std::move(*items));
+        result.listing = listing;
+        result.mountPoint = mounts().mountPointOf(to);
+        result.capacity = Paths::volumeCapacity(to);
+        result.rows = PaneListing::rows(to, listing, arrangement, describe);
         return result;
     }));
 }
@@ -112,8 +115,8 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
     isLoading_ = false;
     spinnerWork_.stop();
     setBusyShown(false);
-    if (!result.items) {
-        loadFailed(to, result.items.error());
+    if (!result.listing) {
+        loadFailed(to, result.listing.error());
         return;
     }
 
@@ -165,15 +168,14 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
     }
     pendingSelection_.reset();
     current.directory = to;
-    current.items = std::move(*result.items);
-    current.nameRanks = std::move(result.nameRanks);
+    current.listing = std::move(*result.listing);
     current.mountPoint = result.mountPoint;
     current.hasLoaded = true;
     if (notice_ && notice_->directory != to)
         notice_.reset();
     freeSpace_ = PaneListing::freeSpaceText(result.capacity);
 
-    std::optional<std::vector<FileItem>> rows;
+    std::optional<PaneRows> rows;
     if (sameArrangement(result.arrangement, arrangementFor(current)))
         rows = std::move(result.rows);
     applyListing(select, sameFolder && !scrollY ? std::optional<double>() : std::optional<double>(scrollY.value_or(0)),
@@ -229,12 +231,15 @@ PaneListing::Arrangement PaneViewController::arrangementFor(const PaneTab& tab) 
 }
 
 void PaneViewController::applyListing(std::optional<std::string> select, std::optional<double> scrollY,
-                                      std::optional<std::vector<FileItem>> rows)
+                                      std::optional<PaneRows> rows)
 {
     auto& tab = activeTab();
-    rows_ = rows ? std::move(*rows)
-                 : PaneListing::rows(tab.directory, tab.items, arrangementFor(tab), services_.describe,
-                                     tab.nameRanks.get());
+    if (rows)
+        rows_ = std::move(*rows);
+    else if (tab.listing)
+        rows_ = PaneListing::rows(tab.directory, tab.listing, arrangementFor(tab), services_.describe);
+    else
+        rows_ = {};
     selected_.assign(rows_.size(), false);
     focusRow_ = rows_.empty() ? -1 : 0;
     const std::optional<std::string> focusName = select ? select : tab.focusedName;
@@ -294,7 +299,7 @@ void PaneViewController::openRow(int row)
 {
     if (row < 0 || static_cast<std::size_t>(row) >= rows_.size())
         return;
-    const auto item = rows_[static_cast<std::size_t>(row)];
+    const auto& item = rows_[static_cast<std::size_t>(row)];
     if (item.isParentLink)
         goUp();
     else if (item.isDirectory)
@@ -354,7 +359,7 @@ std::string PaneViewController::statusText() const
     if (notice_ && notice_->directory == directory())
         return notice_->text;
     const auto& tab = activeTab();
-    return PaneListing::statusText(rows_, selected_, tab.items.size(), !tab.filter.empty());
+    return PaneListing::statusText(rows_, selected_, tab.listing ? tab.listing->items.size() : 0, !tab.filter.empty());
 }
 
 } // namespace orbisk

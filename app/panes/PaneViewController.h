@@ -3,6 +3,7 @@
 
 #include "files/FileItem.h"
 #include "panes/PaneListing.h"
+#include "panes/PaneRows.h"
 #include "panes/PaneTab.h"
 #include "panes/SessionState.h"
 #include "platform/MountTable.h"
@@ -58,7 +59,7 @@ public:
     [[nodiscard]] int activeTabIndex() const { return activeTabIndex_; }
     [[nodiscard]] PaneTab& activeTab() const { return *tabs_[static_cast<std::size_t>(activeTabIndex_)]; }
     [[nodiscard]] const std::filesystem::path& directory() const { return activeTab().directory; }
-    [[nodiscard]] const std::vector<FileItem>& rows() const { return rows_; }
+    [[nodiscard]] const PaneRows& rows() const { return rows_; }
     [[nodiscard]] bool isLoading() const { return isLoading_; }
     [[nodiscard]] bool busyIndicatorShown() const { return busyShown_; }
     [[nodiscard]] int loadGeneration() const { return loadGeneration_; }
@@ -144,7 +145,7 @@ private:
     void leaveGoneVolume(const std::filesystem::path& mountPoint, HistoryMode mode);
     [[nodiscard]] PaneListing::Arrangement arrangementFor(const PaneTab& tab) const;
     void applyListing(std::optional<std::string> select, std::optional<double> scrollY,
-                      std::optional<std::vector<FileItem>> rows = {});
+                      std::optional<PaneRows> rows = {});
     void rememberTabState();
     void showActiveTab();
     void startWatching();
@@ -156,7 +157,7 @@ private:
     PaneServices services_;
     std::vector<std::unique_ptr<PaneTab>> tabs_;
     int activeTabIndex_ = 0;
-    std::vector<FileItem> rows_;
+    PaneRows rows_;
     std::vector<bool> selected_;
     int focusRow_ = -1;
     double scrollY_ = 0;

@@ -34,7 +34,7 @@ QString isolated(const QString& text)
 
 } // namespace
 
-FileListModel::FileListModel(const std::vector<FileItem>& rows, KindTexts& kinds, QObject* parent)
+FileListModel::FileListModel(const PaneRows& rows, KindTexts& kinds, QObject* parent)
     : QAbstractTableModel(parent), rows_(rows), kinds_(kinds)
 {
 }

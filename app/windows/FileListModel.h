@@ -3,6 +3,7 @@
 
 #include "files/FileItem.h"
 #include "files/SortSpec.h"
+#include "panes/PaneRows.h"
 
 #include <QAbstractTableModel>
 
@@ -17,9 +18,9 @@ class FileListModel : public QAbstractTableModel {
 public:
     enum Column { name, size, date, kind, columnCount_ };
 
-    FileListModel(const std::vector<FileItem>& rows, KindTexts& kinds, QObject* parent = nullptr);
+    FileListModel(const PaneRows& rows, KindTexts& kinds, QObject* parent = nullptr);
 
-    /// The rows vector was replaced: every view starts over.
+    /// The rows were replaced: every view starts over.
     void reset();
 
     [[nodiscard]] static SortColumn sortColumn(int column);
@@ -35,7 +36,7 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
-    const std::vector<FileItem>& rows_;
+    const PaneRows& rows_;
     KindTexts& kinds_;
 };
 

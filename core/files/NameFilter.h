@@ -1,13 +1,17 @@
 // The live name filter of a pane: a plain text found anywhere in a name, or a wildcard pattern.
 #pragma once
 
+#include "files/FileItem.h"
+#include "files/NameForms.h"
 #include "files/WildcardPattern.h"
 
 #include <unicode/unistr.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace orbisk {
 
@@ -23,6 +27,12 @@ public:
     /// Whether a name (raw bytes) passes the filter.
     [[nodiscard]] bool matches(std::string_view name) const;
 
+    /// The positions of listing whose names pass, in listing order: what matches() says of each
+    /// name, answered from forms (made from this listing) instead of Unicode work per name.
+    /// Throws std::invalid_argument for forms of another length.
+    [[nodiscard]] std::vector<std::uint32_t> passing(const std::vector<FileItem>& listing,
+                                                     const NameForms& forms) const;
+
     /// The text exactly as typed.
     [[nodiscard]] const std::string& text() const { return text_; }
     /// The pattern, present only when the text holds "*" or "?".
@@ -33,6 +43,9 @@ public:
     bool operator==(const NameFilter& other) const { return text_ == other.text_; }
 
 private:
+    [[nodiscard]] bool containsAsciiNeedle(std::string_view asciiName) const;
+    [[nodiscard]] bool containsFoldedNeedle(std::u16string_view foldedName) const;
+
     std::string text_;
     std::optional<WildcardPattern> pattern_;
     // The typed text folded once for the plain search; asciiNeedle_ holds it when it is plain ASCII

@@ -66,8 +66,12 @@ WildcardPattern::WildcardPattern(std::string_view text, bool caseSensitive) : ca
             continue;
         piece = piece.substr(first, piece.find_last_not_of(" \t") - first + 1);
         Pattern pattern;
-        cut(piece, caseSensitive, pattern.characters);
-        const auto& [units, bounds] = pattern.characters;
+        auto& [units, bounds] = pattern.characters;
+        prepare(piece, caseSensitive, units, bounds);
+        if (bounds.empty()) {
+            for (std::uint32_t i = 0; i <= units.size(); ++i)
+                bounds.push_back(i);
+        }
         for (std::size_t i = 0; i + 1 < bounds.size(); ++i) {
             const auto character = characterAt(units, bounds, i);
             pattern.kinds.push_back(character == u"*" ? '*' : character == u"?" ? '?' : ' ');
@@ -86,21 +90,26 @@ bool WildcardPattern::matches(std::string_view name) const
     if (patterns_.empty())
         return false;
     // A pane tests every name of a folder on each keystroke: reuse one buffer per thread.
-    thread_local Characters characters;
-    cut(name, caseSensitive_, characters);
-    return std::ranges::any_of(patterns_, [&](const Pattern& pattern) { return matchesOne(pattern, characters); });
+    thread_local std::u16string text;
+    thread_local std::vector<std::uint32_t> bounds;
+    prepare(name, caseSensitive_, text, bounds);
+    return matches(PreparedName{text, bounds});
 }
 
-void WildcardPattern::cut(std::string_view bytes, bool caseSensitive, Characters& out)
+bool WildcardPattern::matches(PreparedName name) const
 {
-    out.text.clear();
-    out.bounds.clear();
-    out.bounds.push_back(0);
+    return std::ranges::any_of(patterns_, [&](const Pattern& pattern) { return matchesOne(pattern, name); });
+}
+
+void WildcardPattern::prepare(std::string_view bytes, bool caseSensitive, std::u16string& out,
+                              std::vector<std::uint32_t>& bounds)
+{
+    out.clear();
+    bounds.clear();
     if (isSimpleAscii(bytes)) {
         for (const char c : bytes) {
             const auto unit = static_cast<char16_t>(c);
-            out.text.push_back(!caseSensitive && unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit);
-            out.bounds.push_back(static_cast<std::uint32_t>(out.text.size()));
+            out.push_back(!caseSensitive && unit >= u'A' && unit <= u'Z' ? unit + (u'a' - u'A') : unit);
         }
         return;
     }
@@ -114,34 +123,42 @@ void WildcardPattern::cut(std::string_view bytes, bool caseSensitive, Characters
     }
     // Composing first makes canonically equivalent spellings identical, code unit for code unit.
     text = UnicodeText::composed(text);
-    out.text.assign(text.getBuffer(), static_cast<std::size_t>(text.length()));
+    out.assign(text.getBuffer(), static_cast<std::size_t>(text.length()));
 
     auto* iterator = characterIterator();
     if (iterator == nullptr || isOneCharacterPerCodePoint(text)) {
+        // A lone surrogate (a byte that is not UTF-8) is one code point of one unit too.
+        if (text.countChar32() == text.length())
+            return;
+        bounds.push_back(0);
         for (int32_t i = 0; i < text.length();) {
             i = text.moveIndex32(i, 1);
-            out.bounds.push_back(static_cast<std::uint32_t>(i));
+            bounds.push_back(static_cast<std::uint32_t>(i));
         }
         return;
     }
+    bounds.push_back(0);
     iterator->setText(text);
     iterator->first();
     for (int32_t end = iterator->next(); end != icu::BreakIterator::DONE; end = iterator->next())
-        out.bounds.push_back(static_cast<std::uint32_t>(end));
+        bounds.push_back(static_cast<std::uint32_t>(end));
     // The iterator keeps a pointer to text; point it at something that outlives this call.
     static const icu::UnicodeString nothing;
     iterator->setText(nothing);
 }
 
-bool WildcardPattern::matchesOne(const Pattern& pattern, const Characters& name)
+bool WildcardPattern::matchesOne(const Pattern& pattern, PreparedName name)
 {
     constexpr auto none = static_cast<std::size_t>(-1);
     const std::string& kinds = pattern.kinds;
     const std::size_t patternLength = kinds.size();
-    const std::size_t nameLength = name.bounds.size() - 1;
+    const bool unitPerCharacter = name.bounds.empty();
+    const std::size_t nameLength = unitPerCharacter ? name.text.size() : name.bounds.size() - 1;
     const auto same = [&](std::size_t p, std::size_t n) {
-        return characterAt(pattern.characters.text, pattern.characters.bounds, p) ==
-               characterAt(name.text, name.bounds, n);
+        const auto wanted = characterAt(pattern.characters.text, pattern.characters.bounds, p);
+        if (unitPerCharacter)
+            return wanted.size() == 1 && wanted[0] == name.text[n];
+        return wanted == name.text.substr(name.bounds[n], name.bounds[n + 1] - name.bounds[n]);
     };
 
     std::size_t p = 0, n = 0, star = none, mark = 0;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,21 @@ public:
     /// first: "*" does not match "*abc", while "*c" matches "x*abc".
     [[nodiscard]] bool matches(std::string_view name) const;
 
+    /// A name cut into characters as the patterns compare them: its UTF-16 text (normalised, and
+    /// lowercased when ignoring case) and where each character begins, followed by the end of the
+    /// last one. Empty bounds mean that every code unit is a character of its own.
+    struct PreparedName {
+        std::u16string_view text;
+        std::span<const std::uint32_t> bounds;
+    };
+    /// Cuts name as matches() does under caseSensitive, replacing what text and bounds held;
+    /// bounds stay empty when every code unit is a character. Any thread.
+    static void prepare(std::string_view name, bool caseSensitive, std::u16string& text,
+                        std::vector<std::uint32_t>& bounds);
+    /// matches() for a name that prepare() cut under this pattern's caseSensitive(), without the
+    /// Unicode work: the same answer for the same name.
+    [[nodiscard]] bool matches(PreparedName name) const;
+
     /// True when no pattern survived the splitting and trimming.
     [[nodiscard]] bool isEmpty() const { return patterns_.empty(); }
     [[nodiscard]] bool caseSensitive() const { return caseSensitive_; }
@@ -37,8 +53,7 @@ public:
     bool operator==(const WildcardPattern&) const = default;
 
 private:
-    /// A text cut into characters: the UTF-16 text (normalised, lowercased when the pattern
-    /// ignores case) and the offset where each character begins, plus one final end offset.
+    /// A pattern's text cut as prepare() cuts names, but with every bound written out.
     struct Characters {
         std::u16string text;
         std::vector<std::uint32_t> bounds;
@@ -51,8 +66,7 @@ private:
         bool operator==(const Pattern&) const = default;
     };
 
-    static void cut(std::string_view bytes, bool caseSensitive, Characters& out);
-    static bool matchesOne(const Pattern& pattern, const Characters& name);
+    static bool matchesOne(const Pattern& pattern, PreparedName name);
 
     std::vector<Pattern> patterns_;
     bool caseSensitive_ = false;
