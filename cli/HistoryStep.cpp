@@ -18,6 +18,12 @@ int revertNewest(const Command& command, std::span<const std::string> arguments,
         return usageError(command, "needs --record FILE");
     if (!parsed->positional.empty())
         return usageError(command, "takes no other arguments");
+    // Held until the history is written again, so that a run recording meanwhile waits.
+    auto lock = HistoryLock::acquire(*parsed->recordFile);
+    if (!lock) {
+        std::cerr << "orbisk-cli: " << lock.error() << "\n";
+        return exitFailure;
+    }
     auto history = loadHistory(parsed->recordFile);
     if (!history)
         return exitFailure;

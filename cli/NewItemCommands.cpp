@@ -25,8 +25,7 @@ int runNewItem(const Command& command, std::span<const std::string> arguments, b
         return usageError(command, parsed.error());
     if (parsed->positional.size() != 2)
         return usageError(command, "needs a folder and a name");
-    auto history = loadHistory(parsed->recordFile);
-    if (!history)
+    if (!loadHistory(parsed->recordFile))
         return exitFailure;
 
     const auto folder = argumentPath(parsed->positional[0]);
@@ -40,7 +39,7 @@ int runNewItem(const Command& command, std::span<const std::string> arguments, b
     const UndoRecord record{isFolder ? L(translate("Orbisk", "New Folder “%@”"), name)
                                      : L(translate("Orbisk", "New File “%@”"), name),
                             {UndoChange::created(*created, ItemStamp::of(*created))}};
-    return remember(parsed->recordFile, std::move(*history), record) ? exitSuccess : exitFailure;
+    return remember(parsed->recordFile, record) ? exitSuccess : exitFailure;
 }
 
 int runNewFolder(std::span<const std::string> arguments)

@@ -1,6 +1,7 @@
 #include "RecordFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include <fstream>
 #include <iostream>
 #include <sstream>
+#include <utility>
 
 #include "support/DisplayText.h"
 #include "support/Uuid.h"
@@ -154,13 +156,48 @@ std::optional<UndoHistory> loadHistory(const std::optional<fs::path>& file)
     return std::move(*history);
 }
 
-bool remember(const std::optional<fs::path>& file, UndoHistory history, const UndoRecord& record)
+std::expected<HistoryLock, std::string> HistoryLock::acquire(const fs::path& file)
+{
+    const auto folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
+    const auto lockFile = folder / ("." + file.filename().native() + ".lock");
+    const int fd = ::open(lockFile.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd < 0)
+        return std::unexpected("can’t lock " + describe(file) + ": " + std::strerror(errno));
+    int locked = 0;
+    do
+        locked = ::flock(fd, LOCK_EX);
+    while (locked != 0 && errno == EINTR);
+    if (locked != 0) {
+        const int error = errno;
+        ::close(fd);
+        return std::unexpected("can’t lock " + describe(file) + ": " + std::strerror(error));
+    }
+    return HistoryLock(fd);
+}
+
+HistoryLock::HistoryLock(HistoryLock&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+
+HistoryLock::~HistoryLock()
+{
+    if (fd_ >= 0)
+        ::close(fd_); // closing releases the lock
+}
+
+bool remember(const std::optional<fs::path>& file, const UndoRecord& record)
 {
     if (!file || record.isEmpty())
         return true;
-    history.undo.push_back(record);
-    history.redo.clear();
-    if (auto saved = history.save(*file); !saved) {
+    auto lock = HistoryLock::acquire(*file);
+    if (!lock) {
+        std::cerr << "orbisk-cli: " << lock.error() << "\n";
+        return false;
+    }
+    auto history = loadHistory(file);
+    if (!history)
+        return false;
+    history->undo.push_back(record);
+    history->redo.clear();
+    if (auto saved = history->save(*file); !saved) {
         std::cerr << "orbisk-cli: " << saved.error() << "\n";
         return false;
     }

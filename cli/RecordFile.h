@@ -42,13 +42,30 @@ struct RecordArguments {
 /// component is the item.
 [[nodiscard]] std::filesystem::path argumentPath(const std::string& argument);
 
+/// Holds the history file's lock (flock on a hidden ".<name>.lock" beside it, which stays), so that
+/// orbisk-cli runs sharing one history take turns at reading and writing it. Released when destroyed.
+class HistoryLock {
+public:
+    /// Waits for the lock; fails with a readable reason when the lock file cannot be made.
+    [[nodiscard]] static std::expected<HistoryLock, std::string> acquire(const std::filesystem::path& file);
+    HistoryLock(HistoryLock&& other) noexcept;
+    HistoryLock& operator=(HistoryLock&&) = delete;
+    HistoryLock(const HistoryLock&) = delete;
+    HistoryLock& operator=(const HistoryLock&) = delete;
+    ~HistoryLock();
+
+private:
+    explicit HistoryLock(int fd) : fd_(fd) {}
+    int fd_ = -1;
+};
+
 /// Appends record to the history in file (when given and the record is not empty) and clears the
-/// redo stack, as a new operation does in the app. Prints the reason and returns false on failure.
-/// Known compromise: the history is read before the operation and written after it without a lock,
-/// so two orbisk-cli runs on one history file at the same time can lose one of their records.
-bool remember(const std::optional<std::filesystem::path>& file, UndoHistory history, const UndoRecord& record);
+/// redo stack, as a new operation does in the app. The history is read again under its lock, so
+/// that what other runs recorded meanwhile stays. Prints the reason and returns false on failure.
+bool remember(const std::optional<std::filesystem::path>& file, const UndoRecord& record);
 
 /// Loads the history named on the command line, or an empty one; prints the reason on failure.
+/// Commands that change files load it first to refuse a broken history before touching anything.
 [[nodiscard]] std::optional<UndoHistory> loadHistory(const std::optional<std::filesystem::path>& file);
 
 } // namespace orbisk::cli

@@ -23,8 +23,7 @@ int run(std::span<const std::string> arguments)
         return usageError(command, parsed.error());
     if (parsed->positional.size() != 2)
         return usageError(command, "needs an item and a new name");
-    auto history = loadHistory(parsed->recordFile);
-    if (!history)
+    if (!loadHistory(parsed->recordFile))
         return exitFailure;
 
     const auto item = argumentPath(parsed->positional[0]);
@@ -40,7 +39,7 @@ int run(std::span<const std::string> arguments)
         return exitSuccess;
     const UndoRecord record{L(translate("Orbisk", "Rename “%@”"), item.filename().native()),
                             {UndoChange::moved(item, *renamed, ItemStamp::of(*renamed))}};
-    return remember(parsed->recordFile, std::move(*history), record) ? exitSuccess : exitFailure;
+    return remember(parsed->recordFile, record) ? exitSuccess : exitFailure;
 }
 
 } // namespace

@@ -150,8 +150,7 @@ int runTransfer(const Command& command, TransferEngine::Kind kind, std::span<con
         return usageError(command, parsed.error());
     if (parsed->positional.size() < 2)
         return usageError(command, "needs at least one source and a destination");
-    auto history = loadHistory(parsed->recordFile);
-    if (!history)
+    if (!loadHistory(parsed->recordFile))
         return exitFailure;
 
     const fs::path here = fs::current_path();
@@ -209,7 +208,7 @@ int runTransfer(const Command& command, TransferEngine::Kind kind, std::span<con
                        : L(translate("Orbisk", "Move “%@”"), sources.front().filename().native()))
             : (copying ? L(translate("Orbisk", "Copy %lld items"), static_cast<long long>(sources.size()))
                        : L(translate("Orbisk", "Move %lld items"), static_cast<long long>(sources.size())));
-    const bool remembered = remember(parsed->recordFile, std::move(*history), {undoName, report.undoChanges});
+    const bool remembered = remember(parsed->recordFile, {undoName, report.undoChanges});
     (void)presentReport(report, copying ? translate("Orbisk", "Copy") : translate("Orbisk", "Move"));
     if (report.cancelled && report.failures.empty() && !report.abortReason)
         std::cerr << translate("Orbisk", "The operation was cancelled.") << "\n";

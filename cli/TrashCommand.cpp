@@ -22,8 +22,7 @@ int run(std::span<const std::string> arguments)
         return usageError(command, parsed.error());
     if (parsed->positional.empty())
         return usageError(command, "needs at least one item");
-    auto history = loadHistory(parsed->recordFile);
-    if (!history)
+    if (!loadHistory(parsed->recordFile))
         return exitFailure;
 
     std::vector<std::filesystem::path> items;
@@ -38,7 +37,7 @@ int run(std::span<const std::string> arguments)
 
     const auto name = items.size() == 1 ? L(translate("Orbisk", "Move “%@” to the Trash"), items[0].filename().native())
                                         : L(translate("Orbisk", "Move %lld items to the Trash"), items.size());
-    const bool remembered = remember(parsed->recordFile, std::move(*history), {name, report.undoChanges});
+    const bool remembered = remember(parsed->recordFile, {name, report.undoChanges});
     const int status = presentReport(report, translate("Orbisk", "Move to Trash"));
     return remembered ? status : exitFailure;
 }

@@ -32,7 +32,7 @@ protected:
         for (auto it = fs::recursive_directory_iterator(tree / "work"); it != fs::recursive_directory_iterator();
              ++it) {
             const auto relative = fs::relative(it->path(), tree / "work").native();
-            if (relative == "history.json")
+            if (relative == "history.json" || relative == ".history.json.lock")
                 continue;
             entries[it->is_directory() ? relative + "/" : relative] =
                 it->is_directory() ? "" : tree.read("work/" + relative);
@@ -107,6 +107,27 @@ TEST_F(HistoryCommands, EveryChangeUndoesAndRedoesThroughTheHistoryFile)
     for (const auto& entry : fs::directory_iterator(tree / "work"))
         EXPECT_EQ(entry.path().filename().native().find(".history.json.tmp-"), std::string::npos)
             << "the history is replaced through a temporary file that does not stay";
+}
+
+TEST_F(HistoryCommands, RunsRecordingAtTheSameTimeKeepEveryRecord)
+{
+    // Each run reads the history, makes its folder and writes the history back: without taking
+    // turns, a run that read before another wrote would drop the other's record.
+    constexpr int runs = 12;
+    std::string script;
+    for (int i = 0; i < runs; ++i)
+        script += "'" + test::binary("orbisk-cli").native() + "' new-folder --record history.json . made" +
+                  std::to_string(i) + " >/dev/null & ";
+    script += "wait";
+    const auto result = test::run({"/bin/sh", "-c", script}, tree / "work", {});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+
+    EXPECT_EQ(history()["undo"].size(), static_cast<std::size_t>(runs));
+    for (int i = 0; i < runs; ++i)
+        EXPECT_TRUE(tree.exists("work/made" + std::to_string(i)));
+    const auto undone = cli({"undo", "--record", "history.json"});
+    EXPECT_EQ(undone.exitCode, 0) << undone.err;
+    EXPECT_EQ(history()["undo"].size(), static_cast<std::size_t>(runs - 1));
 }
 
 TEST_F(HistoryCommands, ProblemsPrintTheAppsAlertAndExitOne)
