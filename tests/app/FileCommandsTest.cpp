@@ -1,6 +1,7 @@
 // The window's file commands driven through their dialogs, offscreen, on real folders.
 #include "commands/FileCommands.h"
 #include "AppSettings.h"
+#include "WindowHarness.h"
 #include "dialogs/ConflictDialog.h"
 #include "dialogs/NamePrompt.h"
 #include "dialogs/TransferDialog.h"
@@ -31,43 +32,25 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class FileCommandsTest : public ::testing::Test {
+class FileCommandsTest : public WindowTest {
 protected:
     void SetUp() override
     {
         home_.folder("left");
         home_.folder("right");
         home_.folder(".local/share");
-        oldHome_ = qgetenv("HOME");
-        oldData_ = qgetenv("XDG_DATA_HOME");
-        qputenv("HOME", QByteArray::fromStdString(home_.root().native()));
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString((home_ / ".local/share").native()));
-        settings_ = std::make_unique<AppSettings>(QString::fromStdString((config_.root() / "s.ini").native()));
-        window_ = std::make_unique<MainWindow>(*settings_);
-        window_->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        qputenv("HOME", oldHome_);
-        qputenv("XDG_DATA_HOME", oldData_);
+        WindowTest::SetUp();
     }
 
     /// Both panes on their folders, the left one active.
     void open()
     {
-        window_->pane(Side::left).navigate(home_ / "left");
-        window_->pane(Side::right).navigate(home_ / "right");
-        ASSERT_TRUE(settled());
+        openPanes("left", "right");
         window_->setActiveSide(Side::left);
     }
     bool settled()
     {
-        return QTest::qWaitFor([this] {
-            return window_->operations().runningCount() == 0 && !window_->pane(Side::left).isLoading() &&
-                   !window_->pane(Side::right).isLoading();
-        });
+        return QTest::qWaitFor([this] { return window_->operations().runningCount() == 0; }) && panesSettled();
     }
     /// Selects names in the pane, the first one focused, as clicks in the list would.
     void select(Side side, const std::vector<std::string>& names)
@@ -111,13 +94,6 @@ protected:
                 names.push_back(entry.path().filename().native());
         return names;
     }
-
-    TempTree home_;
-    TempTree config_;
-    QByteArray oldHome_;
-    QByteArray oldData_;
-    std::unique_ptr<AppSettings> settings_;
-    std::unique_ptr<MainWindow> window_;
 };
 
 TEST_F(FileCommandsTest, CopyClashIsAnsweredInTheConflictDialog)

@@ -1,6 +1,7 @@
 // File undo and redo in the real window: Ctrl+Z order, refusals shown as alerts, text fields apart.
 #include "operations/FileUndoCenter.h"
 #include "AppSettings.h"
+#include "WindowHarness.h"
 #include "operations/OperationRunner.h"
 #include "panes/PaneViewController.h"
 #include "support/TempTree.h"
@@ -24,31 +25,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class FileUndoCenterTest : public ::testing::Test {
+class FileUndoCenterTest : public WindowTest {
 protected:
     void SetUp() override
     {
         home_.file("left/a.txt", "a");
         home_.folder("right/sub");
-        oldHome_ = qgetenv("HOME");
-        oldData_ = qgetenv("XDG_DATA_HOME");
-        qputenv("HOME", QByteArray::fromStdString(home_.root().native()));
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString((home_ / ".local/share").native()));
-        settings_ = std::make_unique<AppSettings>(QString::fromStdString((config_.root() / "s.ini").native()));
-        window_ = std::make_unique<MainWindow>(*settings_);
-        window_->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
-        window_->pane(Side::left).navigate(home_ / "left");
-        window_->pane(Side::right).navigate(home_ / "right");
-        ASSERT_TRUE(QTest::qWaitFor(
-            [this] { return !window_->pane(Side::left).isLoading() && !window_->pane(Side::right).isLoading(); }));
+        WindowTest::SetUp();
+        if (HasFatalFailure())
+            return;
+        openPanes("left", "right");
         window_->setActiveSide(Side::left);
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        qputenv("HOME", oldHome_);
-        qputenv("XDG_DATA_HOME", oldData_);
     }
 
     void transfer(TransferEngine::Kind kind, const fs::path& source, const fs::path& into)
@@ -79,13 +66,6 @@ protected:
                 shown.push_back(box);
         return shown;
     }
-
-    TempTree home_;
-    TempTree config_;
-    QByteArray oldHome_;
-    QByteArray oldData_;
-    std::unique_ptr<AppSettings> settings_;
-    std::unique_ptr<MainWindow> window_;
 };
 
 TEST_F(FileUndoCenterTest, TwoQuickUndosRevertTheLastTwoOperationsInOrderAndRedoFollows)

@@ -1,6 +1,7 @@
 // The real window driven by key presses, offscreen.
 #include "windows/MainWindow.h"
 #include "AppSettings.h"
+#include "WindowHarness.h"
 #include "panes/PaneViewController.h"
 #include "support/TempTree.h"
 #include "windows/FileListView.h"
@@ -21,44 +22,22 @@
 namespace orbisk::test {
 namespace {
 
-class MainWindowTest : public ::testing::Test {
+class MainWindowTest : public WindowTest {
 protected:
     void SetUp() override
     {
         home_.folder("left/inner");
         home_.file("left/file.txt");
         home_.folder("right");
-        oldHome_ = qgetenv("HOME");
-        qputenv("HOME", QByteArray::fromStdString(home_.root().native()));
-        settings_ = std::make_unique<AppSettings>(QString::fromStdString((config_.root() / "s.ini").native()));
-        window_ = std::make_unique<MainWindow>(*settings_);
-        window_->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
-        window_->pane(Side::left).navigate(home_ / "left");
-        window_->pane(Side::right).navigate(home_ / "right");
-        ASSERT_TRUE(settled());
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        qputenv("HOME", oldHome_);
-    }
-    bool settled()
-    {
-        return QTest::qWaitFor(
-            [this] { return !window_->pane(Side::left).isLoading() && !window_->pane(Side::right).isLoading(); });
+        WindowTest::SetUp();
+        if (!HasFatalFailure())
+            openPanes("left", "right");
     }
     QWidget* focused() { return QApplication::focusWidget(); }
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
         QTest::keyClick(focused() ? focused() : window_.get(), static_cast<Qt::Key>(key), modifiers);
     }
-
-    TempTree home_;
-    TempTree config_;
-    QByteArray oldHome_;
-    std::unique_ptr<AppSettings> settings_;
-    std::unique_ptr<MainWindow> window_;
 };
 
 TEST_F(MainWindowTest, TabReturnAndAltLeftDriveTheActivePane)
@@ -80,13 +59,13 @@ TEST_F(MainWindowTest, TabReturnAndAltLeftDriveTheActivePane)
     ASSERT_TRUE(left.focusedItem());
     EXPECT_EQ(left.focusedItem()->name(), "inner");
     press(Qt::Key_Return);
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.directory(), home_ / "left/inner");
     EXPECT_EQ(window_->windowTitle(), QStringLiteral("inner — Orbisk"));
     EXPECT_TRUE(window_->command(ShortcutCommand::back)->isEnabled());
 
     press(Qt::Key_Left, Qt::AltModifier);
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.directory(), home_ / "left");
     ASSERT_TRUE(left.focusedItem());
     EXPECT_EQ(left.focusedItem()->name(), "inner") << "back restores the row that had the focus";
@@ -96,7 +75,7 @@ TEST_F(MainWindowTest, TabReturnAndAltLeftDriveTheActivePane)
         .list()
         ->setCurrentIndex(window_->paneWidget(Side::left).list()->model()->index(0, 0));
     press(Qt::Key_Return);
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.directory(), home_.root());
     ASSERT_TRUE(left.focusedItem());
     EXPECT_EQ(left.focusedItem()->name(), "left");
@@ -117,25 +96,25 @@ TEST_F(MainWindowTest, PaneCommandsFromTheKeyboard)
     EXPECT_TRUE(selection->selectedRows().isEmpty());
 
     press(Qt::Key_U, Qt::ControlModifier); // swap panes
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.directory(), home_ / "right");
     EXPECT_EQ(right.directory(), home_ / "left");
 
     press(Qt::Key_U, Qt::ControlModifier | Qt::AltModifier); // same folder in the other pane
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(right.directory(), home_ / "right");
 
     press(Qt::Key_T, Qt::ControlModifier); // new tab
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.tabs().size(), 2u);
     EXPECT_TRUE(window_->command(ShortcutCommand::closeTab)->isEnabled());
     press(Qt::Key_W, Qt::ControlModifier);
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.tabs().size(), 1u);
     EXPECT_FALSE(window_->command(ShortcutCommand::closeTab)->isEnabled());
 
     press(Qt::Key_Up, Qt::AltModifier); // enclosing folder
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.directory(), home_.root());
 
     press(Qt::Key_F, Qt::ControlModifier);
@@ -156,7 +135,7 @@ TEST_F(MainWindowTest, SessionComesBackInTheNextWindow)
     window_->pane(Side::right).setSort({SortColumn::size, false});
     window_->setDividerRatio(0.3);
     QApplication::processEvents();
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     window_->close();
 
     MainWindow next(*settings_);
@@ -192,11 +171,11 @@ TEST_F(MainWindowTest, GoToFolderReadsRelativePathsAndSaysWhenThereIsNoSuchFolde
         QApplication::processEvents();
     };
     answer(QStringLiteral("../right"));
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.directory(), home_ / "right");
 
     answer(QStringLiteral("~/left/inner"));
-    ASSERT_TRUE(settled());
+    ASSERT_TRUE(panesSettled());
     EXPECT_EQ(left.directory(), home_ / "left/inner");
 
     answer(QStringLiteral("nowhere"));
