@@ -106,4 +106,11 @@ void removeTree(const fs::path& path)
     fs::remove_all(path, error);
 }
 
+bool onSameVolume(const fs::path& a, const fs::path& b)
+{
+    struct stat first {};
+    struct stat second {};
+    return ::stat(a.c_str(), &first) == 0 && ::stat(b.c_str(), &second) == 0 && first.st_dev == second.st_dev;
+}
+
 } // namespace orbisk::test

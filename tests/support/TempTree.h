@@ -41,4 +41,7 @@ private:
 /// Removes a tree even where tests took away permissions (chmod 000).
 void removeTree(const fs::path& path);
 
+/// Whether both paths are on one volume (device), so that a test of crossing volumes must skip.
+[[nodiscard]] bool onSameVolume(const fs::path& a, const fs::path& b);
+
 } // namespace orbisk::test
