@@ -47,14 +47,6 @@ std::string joined(std::string_view stem, std::string_view suffix, const std::op
     return result;
 }
 
-std::string numberSuffix(long long number)
-{
-    // Built by appending: g++ 12 at -O3 warns falsely (-Wrestrict) about " " + std::to_string(n).
-    std::string suffix(1, ' ');
-    suffix += std::to_string(number);
-    return suffix;
-}
-
 } // namespace detail
 
 std::string keepBothName(std::string_view name, bool isFolder, const TakenTest& isTaken)

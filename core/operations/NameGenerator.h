@@ -51,8 +51,6 @@ namespace detail {
 /// The stem without a trailing " N" (one to six ASCII digits) and the first number to try.
 std::pair<std::string, long long> keepBothStart(const std::string& stem);
 std::string joined(std::string_view stem, std::string_view suffix, const std::optional<std::string>& extension);
-/// " N", the suffix Keep Both adds.
-std::string numberSuffix(long long number);
 } // namespace detail
 
 template <class Error>
@@ -63,7 +61,7 @@ tryKeepBothName(std::string_view name, bool isFolder,
     const auto split = splitExtension(name, isFolder);
     auto [stem, number] = detail::keepBothStart(split.stem);
     for (;; ++number) {
-        auto candidate = detail::joined(stem, detail::numberSuffix(number), split.extension);
+        auto candidate = detail::joined(stem, " " + std::to_string(number), split.extension);
         auto taken = isTaken(candidate);
         if (!taken)
             return std::unexpected(std::move(taken.error()));
