@@ -553,8 +553,9 @@ class Torture:
             if again.returncode == 0:
                 check.check_done(source)
                 if SOURCE in scenario.done.values() and source != self.manifests["new"]:
-                    key = "follow-up moved an incomplete a/src"
-                    outcome.notes[key] = outcome.notes.get(key, 0) + 1
+                    problems.append(f"the follow-up run moved what the killed one had left of a/src "
+                                    f"({len(source or {})} of {len(self.manifests['new'])} entries) and said done; "
+                                    f"the rest is gone from a/src and missing from o/src")
             problems += [f"after the follow-up run (status {again.returncode}): {v}" for v in check.violations]
             outcome.debris_kept += bool(check.debris)
         except subprocess.TimeoutExpired:
