@@ -1,6 +1,7 @@
 #include "Startup.h"
 
 #include "AppSettings.h"
+#include "QuitSignals.h"
 #include "shortcuts/ShortcutCatalog.h"
 #include "support/L10n.h"
 #include "support/Translate.h"
@@ -52,6 +53,14 @@ void installTranslatorHook()
     });
 }
 
+std::unique_ptr<QuitSignals> quitOnSignals(MainWindow& window)
+{
+    return std::make_unique<QuitSignals>([&window](int) {
+        window.close();
+        QCoreApplication::quit();
+    });
+}
+
 int run(int argc, char** argv)
 {
     const std::vector<std::string> arguments(argv, argv + argc);
@@ -83,6 +92,7 @@ int run(int argc, char** argv)
     L10n::setRightToLeft(rightToLeft);
 
     MainWindow window(settings);
+    const auto quitSignals = quitOnSignals(window);
     window.restoreSession();
     window.show();
     return QApplication::exec();

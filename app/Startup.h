@@ -1,9 +1,15 @@
 // How the program starts: the shortcut dump, the layout direction, translations and settings.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
+
+namespace orbisk {
+class MainWindow;
+class QuitSignals;
+} // namespace orbisk
 
 namespace orbisk::Startup {
 
@@ -22,8 +28,14 @@ namespace orbisk::Startup {
 /// Lets the core's translate() look texts up in the installed Qt translators.
 void installTranslatorHook();
 
+/// Makes SIGTERM, SIGINT and SIGHUP quit as the Quit command does (see QuitSignals): the window
+/// closes, which saves the session, and the event loop ends; the window's running operations are
+/// cancelled and cleaned up when it is destroyed afterwards. Lasts as long as the returned object.
+[[nodiscard]] std::unique_ptr<QuitSignals> quitOnSignals(MainWindow& window);
+
 /// The whole program: prints the shortcut list and returns 0 before any application object exists
-/// when asked to, otherwise runs the main window until the user quits.
+/// when asked to, otherwise runs the main window until the user quits or SIGTERM, SIGINT or SIGHUP
+/// asks it to (see QuitSignals); either way the session is saved.
 int run(int argc, char** argv);
 
 } // namespace orbisk::Startup

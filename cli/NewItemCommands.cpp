@@ -7,6 +7,7 @@
 #include "operations/ItemActions.h"
 #include "operations/ItemStamp.h"
 #include "support/L10n.h"
+#include "support/Paths.h"
 
 namespace orbisk::cli {
 namespace {
@@ -28,7 +29,7 @@ int runNewItem(const Command& command, std::span<const std::string> arguments, b
     if (!loadHistory(parsed->recordFile))
         return exitFailure;
 
-    const auto folder = argumentPath(parsed->positional[0]);
+    const auto folder = Paths::folderPath(parsed->positional[0]);
     const auto& name = parsed->positional[1];
     auto created = isFolder ? ItemActions::createDirectory(name, folder) : ItemActions::createEmptyFile(name, folder);
     if (!created)

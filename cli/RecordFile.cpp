@@ -133,17 +133,6 @@ std::expected<RecordArguments, std::string> parseRecordArguments(std::span<const
     return result;
 }
 
-fs::path argumentPath(const std::string& argument)
-{
-    const fs::path given(argument);
-    fs::path path = given.is_absolute() ? fs::path("/") : fs::current_path();
-    for (const auto& component : given.relative_path()) {
-        if (!component.empty() && component != ".")
-            path /= component;
-    }
-    return path;
-}
-
 std::optional<UndoHistory> loadHistory(const std::optional<fs::path>& file)
 {
     if (!file)

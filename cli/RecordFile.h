@@ -36,12 +36,6 @@ struct RecordArguments {
 /// usage message (a missing file name, an unknown option).
 [[nodiscard]] std::expected<RecordArguments, std::string> parseRecordArguments(std::span<const std::string> arguments);
 
-/// A path given on the command line, made absolute against the current folder. Unlike a path typed
-/// into the app, "~" is not expanded (the shell did that already: a literal "~" is a name) and
-/// ".." is left to the kernel; "." components and trailing "/" are dropped, so that the last
-/// component is the item.
-[[nodiscard]] std::filesystem::path argumentPath(const std::string& argument);
-
 /// Holds the history file's lock (flock on a hidden ".<name>.lock" beside it, which stays), so that
 /// orbisk-cli runs sharing one history take turns at reading and writing it. Released when destroyed.
 class HistoryLock {

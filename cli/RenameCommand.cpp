@@ -1,6 +1,7 @@
 // orbisk-cli rename ITEM NEWNAME: gives one item a new name in its folder, never replacing anything.
 #include <iostream>
 
+#include "ArgumentPaths.h"
 #include "Command.h"
 #include "Problems.h"
 #include "RecordFile.h"
@@ -23,10 +24,13 @@ int run(std::span<const std::string> arguments)
         return usageError(command, parsed.error());
     if (parsed->positional.size() != 2)
         return usageError(command, "needs an item and a new name");
+    const auto items = itemArguments(std::span(parsed->positional).first(1));
+    if (!items)
+        return usageError(command, items.error());
     if (!loadHistory(parsed->recordFile))
         return exitFailure;
 
-    const auto item = argumentPath(parsed->positional[0]);
+    const auto& item = items->front();
     const auto& newName = parsed->positional[1];
     auto renamed = ItemActions::rename(item, newName);
     if (!renamed) {

@@ -9,6 +9,7 @@
 #include <mutex>
 #include <thread>
 
+#include "ArgumentPaths.h"
 #include "Command.h"
 #include "Problems.h"
 #include "RecordFile.h"
@@ -18,7 +19,6 @@
 #include "support/ByteCount.h"
 #include "support/DisplayText.h"
 #include "support/L10n.h"
-#include "support/Paths.h"
 
 namespace orbisk::cli {
 namespace {
@@ -150,14 +150,15 @@ int runTransfer(const Command& command, TransferEngine::Kind kind, std::span<con
         return usageError(command, parsed.error());
     if (parsed->positional.size() < 2)
         return usageError(command, "needs at least one source and a destination");
+    auto items = itemArguments(std::span(parsed->positional).first(parsed->positional.size() - 1));
+    if (!items)
+        return usageError(command, items.error());
     if (!loadHistory(parsed->recordFile))
         return exitFailure;
 
-    const fs::path here = fs::current_path();
-    std::vector<fs::path> sources;
-    for (std::size_t i = 0; i + 1 < parsed->positional.size(); ++i)
-        sources.push_back(Paths::expandTypedPath(parsed->positional[i], here));
-    auto target = TransferTargetResolver::resolve(parsed->positional.back(), here, sources.size(), Paths::home());
+    // Arguments are exact paths: the destination is read like the dialog's, but without "~" or trimming.
+    const std::vector<fs::path> sources = std::move(*items);
+    auto target = TransferTargetResolver::resolvePath(parsed->positional.back(), fs::current_path(), sources.size());
     std::map<fs::path, std::string> targetNames;
     fs::path folder;
     if (target) {

@@ -10,6 +10,7 @@
 
 #include "operations/NameGenerator.h"
 #include "platform/ExclusiveRename.h"
+#include "support/Paths.h"
 #include "support/Translate.h"
 #include "support/UnicodeText.h"
 #include "support/Uuid.h"
@@ -34,6 +35,15 @@ std::expected<void, FileOperationError> validateName(std::string_view name)
     if (name.size() > 255)
         return invalid(translate("Orbisk", "the name is longer than 255 bytes."));
     return {};
+}
+
+std::expected<void, FileOperationError> validateItem(const fs::path& item)
+{
+    if (!Paths::endsInDotOrDotDot(item))
+        return {};
+    return std::unexpected(FileOperationError::invalidName(
+        Paths::itemPath(item).filename().native(), translate("Orbisk", "“.” and “..” stand for folders by their place; "
+                                                                       "name the folder itself.")));
 }
 
 namespace {
@@ -85,10 +95,13 @@ std::expected<fs::path, FileOperationError> renameChangingCase(const fs::path& i
 
 } // namespace
 
-std::expected<fs::path, FileOperationError> rename(const fs::path& item, std::string_view newName)
+std::expected<fs::path, FileOperationError> rename(const fs::path& given, std::string_view newName)
 {
+    if (auto valid = validateItem(given); !valid)
+        return std::unexpected(valid.error());
     if (auto valid = validateName(newName); !valid)
         return std::unexpected(valid.error());
+    const auto item = Paths::itemPath(given);
     const auto currentName = item.filename().native();
     if (newName == currentName)
         return item;

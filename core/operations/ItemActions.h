@@ -14,7 +14,13 @@ namespace orbisk::ItemActions {
 /// a NUL byte, or is longer than 255 bytes. Any other bytes are allowed, valid UTF-8 or not.
 [[nodiscard]] std::expected<void, FileOperationError> validateName(std::string_view name);
 
-/// Gives item the name newName in its own folder and returns the new path. Never replaces
+/// Fails with invalidName when the path of an item ends in "." or ".." ("a/.."): such a path names a
+/// folder by where it stands from another, and no operation takes it as an item, as rm refuses it.
+[[nodiscard]] std::expected<void, FileOperationError> validateItem(const std::filesystem::path& item);
+
+/// Gives item the name newName in its own folder and returns the new path (the item's path read by
+/// Paths::itemPath, so a ".." in it is the kernel's; an item ending in "." or ".." is refused as by
+/// validateItem). Never replaces
 /// anything: a taken name fails with itemExists, even when someone takes it while we rename. A
 /// change of letter case only (the same object answers to both names on a case-folding volume)
 /// goes through a hidden temporary name. Other failures are system(code, "rename", item); if the

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <system_error>
 
+#include "operations/ItemActions.h"
 #include "support/Paths.h"
 
 namespace orbisk {
@@ -17,18 +18,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// An absolute, lexically normal path without a trailing "/", so that names and containment
-// tests see what the user meant by "folder/".
+// An item as the kernel reads it, without a trailing "/", so that names and containment tests see
+// what the user meant by "folder/" or "link/../item".
 fs::path cleanPath(const fs::path& path)
 {
-    std::error_code error;
-    fs::path absolute = fs::absolute(path, error);
-    if (error)
-        absolute = path;
-    std::string text = absolute.lexically_normal().native();
-    while (text.size() > 1 && text.back() == '/')
-        text.pop_back();
-    return text;
+    return Paths::itemPath(path);
 }
 
 // The path with links in its folders resolved, for containment tests that links cannot fool.
@@ -43,7 +37,7 @@ fs::path resolvedPath(const fs::path& path)
 
 TransferEngine::TransferEngine(Kind kind, std::vector<fs::path> sources, fs::path destinationDirectory,
                                CancellationToken& cancellation, OperationProgressTracker& progress)
-    : kind_(kind), sources_(std::move(sources)), destinationDirectory_(cleanPath(destinationDirectory)),
+    : kind_(kind), sources_(std::move(sources)), destinationDirectory_(Paths::folderPath(destinationDirectory)),
       cancellation_(cancellation), progress_(progress)
 {
     for (auto& source : sources_)
@@ -129,6 +123,10 @@ OperationReport TransferEngine::run()
 
 bool TransferEngine::checkSource(const fs::path& source, const struct stat& destination, const std::string& targetName)
 {
+    if (auto item = ItemActions::validateItem(source); !item) {
+        fail(source, item.error());
+        return false;
+    }
     struct stat status {};
     if (::lstat(source.c_str(), &status) != 0) {
         fail(source, FileOperationError::itemMissing(source));

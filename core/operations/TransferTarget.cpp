@@ -30,28 +30,22 @@ fs::path expanded(std::string_view typed, const fs::path& base, const fs::path& 
     return Paths::expandTypedPath(typed, base);
 }
 
-} // namespace
-
-std::expected<TransferTarget, FileOperationError> resolve(std::string_view text, const fs::path& base,
-                                                          std::size_t sourceCount, const fs::path& home)
+std::expected<TransferTarget, FileOperationError> resolveLocation(const fs::path& location, bool namesFolder,
+                                                                  std::size_t sourceCount)
 {
-    const auto typed = trimmed(text);
-    if (typed.empty())
-        return std::unexpected(
-            FileOperationError::invalidName(std::string(text), translate("Orbisk", "enter a destination.")));
-    const auto location = expanded(typed, base, home);
     if (Paths::isExistingFolder(location))
         return TransferTarget::into(location);
 
     const auto name = location.filename().native();
     const auto parent = Paths::parentFolder(location);
-    const bool endsWithSlash = typed.ends_with('/');
-    if (!endsWithSlash && RenameMask::isMask(name)) {
+    // A last "." or ".." that is still there belongs to a folder the kernel could not find.
+    namesFolder = namesFolder || Paths::endsInDotOrDotDot(location);
+    if (!namesFolder && RenameMask::isMask(name)) {
         if (!Paths::isExistingFolder(parent))
             return std::unexpected(FileOperationError::destinationNotFolder(parent));
         return TransferTarget::masked(parent, name);
     }
-    if (!endsWithSlash && sourceCount < 2) {
+    if (!namesFolder && sourceCount < 2) {
         if (!Paths::isExistingFolder(parent))
             return std::unexpected(FileOperationError::destinationNotFolder(parent));
         if (auto valid = ItemActions::validateName(name); !valid)
@@ -59,6 +53,31 @@ std::expected<TransferTarget, FileOperationError> resolve(std::string_view text,
         return TransferTarget::renamed(parent, name);
     }
     return std::unexpected(FileOperationError::destinationNotFolder(location));
+}
+
+} // namespace
+
+std::expected<TransferTarget, FileOperationError> resolve(std::string_view text, const fs::path& base,
+                                                          std::size_t sourceCount, const fs::path& home)
+{
+    // Blanks around the text are names like any other (a pane's folder may end in one); they only
+    // stand aside when asking whether the text ends in "/".
+    const auto blanksAside = trimmed(text);
+    if (blanksAside.empty())
+        return std::unexpected(
+            FileOperationError::invalidName(std::string(text), translate("Orbisk", "enter a destination.")));
+    return resolveLocation(expanded(text, base, home), blanksAside.ends_with('/'), sourceCount);
+}
+
+std::expected<TransferTarget, FileOperationError> resolvePath(std::string_view path, const fs::path& base,
+                                                              std::size_t sourceCount)
+{
+    if (path.empty())
+        return std::unexpected(
+            FileOperationError::invalidName(std::string(path), translate("Orbisk", "enter a destination.")));
+    const fs::path given(path);
+    return resolveLocation(Paths::folderPath(given.is_absolute() ? given : base / given), path.ends_with('/'),
+                           sourceCount);
 }
 
 } // namespace orbisk::TransferTargetResolver

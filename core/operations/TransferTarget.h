@@ -47,16 +47,23 @@ struct TransferTarget {
 
 namespace TransferTargetResolver {
 
-/// Reads the destination the user typed. "~" is home; a relative path is read against base. An
-/// existing folder gives Into (even when its name holds "*"); a last component holding "*" or "?"
-/// gives Masked in its parent; a plain new name for fewer than two items gives Renamed in its
-/// parent. Fails with invalidName for empty text or a bad name, and with destinationNotFolder when
-/// the parent is not a folder, or the text ends in "/", or a new name is typed for several items.
-/// Only status queries touch the disk; no folder is ever created.
+/// Reads the destination the user typed. "~" is home; a relative path is read against base; ".."
+/// is read as the kernel reads it. The text is a location as it stands: blanks around it belong to
+/// the names, and only a "/" at its end (blanks aside) says that a folder is meant. An existing
+/// folder gives Into (even when its name holds "*"); a last component holding "*" or "?" gives
+/// Masked in its parent; a plain new name for fewer than two items gives Renamed in its parent.
+/// Fails with invalidName for blank text or a bad name, and with destinationNotFolder when the
+/// parent is not a folder, or the text ends in "/", "." or "..", or a new name is typed for several
+/// items. Only status queries touch the disk; no folder is ever created.
 [[nodiscard]] std::expected<TransferTarget, FileOperationError> resolve(std::string_view text,
                                                                         const std::filesystem::path& base,
                                                                         std::size_t sourceCount,
                                                                         const std::filesystem::path& home);
+
+/// Reads a destination given as an exact path, such as a command-line argument: as resolve, but
+/// without "~" (a name like any other) and with only empty text refused.
+[[nodiscard]] std::expected<TransferTarget, FileOperationError>
+resolvePath(std::string_view path, const std::filesystem::path& base, std::size_t sourceCount);
 
 } // namespace TransferTargetResolver
 

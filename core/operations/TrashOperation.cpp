@@ -4,6 +4,8 @@
 #include <exception>
 
 #include "operations/FileOperationError.h"
+#include "operations/ItemActions.h"
+#include "support/Paths.h"
 
 namespace orbisk::TrashOperation {
 
@@ -21,14 +23,18 @@ OperationReport run(const std::vector<std::filesystem::path>& items, const Cance
         p.phase = OperationProgress::Phase::working;
         p.totalItems = static_cast<std::int64_t>(items.size());
     });
-    for (const auto& item : items) {
+    for (const auto& given : items) {
         if (cancellation.isCancelled()) {
             report.cancelled = true;
             break;
         }
+        // The report and the undo change name the place the kernel found, not the spelling given.
+        const auto item = Paths::itemPath(given);
         progress.update([&](OperationProgress& p) { p.setCurrentPath(item.native()); });
         try {
-            if (auto location = trash.moveToTrash(item)) {
+            if (auto valid = ItemActions::validateItem(item); !valid) {
+                report.failures.push_back({item, valid.error()});
+            } else if (auto location = trash.moveToTrash(item)) {
                 report.completed.push_back({item, *location});
                 report.undoChanges.push_back(UndoChange::trashed(item, *location));
             } else if (location.error() == ENOENT) {

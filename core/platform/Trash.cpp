@@ -141,14 +141,11 @@ std::expected<TrashFolder, int> openVolumeTrash(const fs::path& topdir, uid_t ui
     return TrashFolder{topdir / name, std::move(*own)};
 }
 
-// Strips trailing slashes so that "folder/" names the folder itself.
+// The item as the kernel reads it: "folder/" names the folder itself, and "link/../item" the item
+// beside the link's target.
 fs::path absoluteItem(const fs::path& item)
 {
-    std::error_code ignored; // without a current folder, a relative path fails later, at lstat
-    std::string text = (item.is_absolute() ? item : fs::current_path(ignored) / item).lexically_normal().native();
-    while (text.size() > 1 && text.back() == '/')
-        text.pop_back();
-    return text;
+    return Paths::itemPath(item);
 }
 
 } // namespace

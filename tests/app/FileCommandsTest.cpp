@@ -182,6 +182,30 @@ TEST_F(FileCommandsTest, TypedDestinationsAndTheStoredPolicy)
     again->reject();
 }
 
+TEST_F(FileCommandsTest, AMoveToThePrefilledPaneFolderGoesIntoThatExactFolder)
+{
+    // The other pane shows "dest " (a trailing blank) beside "dest": the prefilled path is exact.
+    home_.file("left/a.txt", "A");
+    home_.folder("dest ");
+    home_.folder("dest");
+    openPanes("left", "dest ");
+    window_->setActiveSide(Side::left);
+    select(Side::left, {"a.txt"});
+    auto* dialog = window_->files().moveToOtherPane();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->destinationField()->text().toStdString(), (home_ / "dest ").native());
+    dialog->accept();
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(home_.read("dest /a.txt"), "A");
+    EXPECT_TRUE(fs::is_empty(home_ / "dest"));
+    EXPECT_FALSE(home_.exists("left/a.txt"));
+
+    window_->undoCenter().undo();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !window_->undoCenter().isBusy(); }));
+    EXPECT_EQ(home_.read("left/a.txt"), "A");
+    EXPECT_TRUE(fs::is_empty(home_ / "dest "));
+}
+
 TEST_F(FileCommandsTest, RenameInPlaceAndTheTakenNameChoices)
 {
     home_.file("left/a.txt", "A");

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <future>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -13,48 +14,53 @@ namespace {
 
 using E = FileOperationError;
 
-struct MessageCase {
-    FileOperationError error;
-    std::string message;
-};
-
-TEST(FileOperationError, EveryCaseReadsItsOwnMessage)
+TEST(FileOperationError, EveryCaseHasItsOwnMessageNamingTheItemByItsLastComponent)
 {
-    const std::string noSuchFile = "No such file or directory";
-    const std::vector<MessageCase> cases = {
-        {E::destinationInsideSource("/a/Photos", "/a/Photos/2024"),
-         "“Photos” can’t be copied or moved into itself or one of its own subfolders (/a/Photos/2024)."},
-        {E::alreadyInDestination("notes.txt"), "“notes.txt” is already in the destination folder."},
-        {E::destinationNotFolder("/x/y"), "The destination “/x/y” is not an existing folder."},
-        {E::itemMissing("/x/gone.txt"),
-         "“gone.txt” no longer exists. It may have been moved or deleted by another application."},
-        {E::itemExists("a b"), "An item named “a b” already exists."},
-        {E::invalidName("a/b", "a name can’t contain “/”."),
-         "“a/b” can’t be used as a name: a name can’t contain “/”."},
-        {E::unsupportedFileType("/dev/pipe"), "“pipe” is a special file (device, socket or pipe) and was not copied."},
-        {E::insufficientSpace(1'200'000'000, 5'000),
-         "Not enough free space on the destination volume: 1.2 GB needed, 5.0 kB available."},
-        {E::sourceNotRemoved("/a/b.txt", "It is locked."),
-         "“b.txt” was copied, but the original could not be removed: It is locked."},
-        {E::notADirectory("/a/b.txt"), "“/a/b.txt” is not a folder."},
-        {E::cleanupFailed("/a/part/", "Busy."), "The incomplete copy “part” could not be removed: Busy."},
-        {E::cannotReplace("x", "Busy."), "“x” was not replaced: Busy."},
-        {E::cannotMerge("x", "Busy."), "“x” was not merged: Busy."},
-        {E::system(ENOENT, "copy", "/a/b.txt"), "Couldn’t copy “b.txt”: " + noSuchFile + "."},
-        {E::renameLeftAtTemporaryName(ENOENT, "/a/b.txt", ".b.txt.tmp"),
-         "Couldn’t rename (the item is now named .b.txt.tmp) “b.txt”: " + noSuchFile + "."},
-        {E::changedSinceComparison("/a/b.txt"),
-         "“b.txt” changed after the folders were compared, so it was left alone. Compare again to include it."},
+    // One awkward path for every case that carries one: blanks, a trailing "/", and parent folders
+    // that the message must not show unless it shows the whole path.
+    const E::Path path = "/home/u/My Photos/2024 trip/";
+    const std::string name = "“2024 trip”";
+    struct Case {
+        FileOperationError error;
+        std::string shows; // what the message must hold to tell the user which item it is about
+        bool wholePath;
     };
-    ASSERT_EQ(cases.size(), 16U);
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        SCOPED_TRACE(cases[i].message);
-        EXPECT_EQ(static_cast<std::size_t>(cases[i].error.kind()), i) << "cases keep their order of declaration";
-        EXPECT_EQ(cases[i].error.errorDescription(), cases[i].message);
-        EXPECT_EQ(cases[i].error.posixCode().has_value(),
-                  i == static_cast<std::size_t>(E::Kind::system) ||
-                      i == static_cast<std::size_t>(E::Kind::renameLeftAtTemporaryName));
+    const std::vector<Case> cases = {
+        {E::destinationInsideSource(path, "/home/u/My Photos/2024 trip/day 1"), name, false},
+        {E::alreadyInDestination("a “quoted” name"), "“a “quoted” name”", false},
+        {E::destinationNotFolder(path), "“/home/u/My Photos/2024 trip/”", true},
+        {E::itemMissing(path), name, false},
+        {E::itemExists("2024 trip"), name, false},
+        {E::invalidName("a/b", "a reason."), "“a/b”", false},
+        {E::unsupportedFileType(path), name, false},
+        {E::insufficientSpace(1'200'000'000, 5'000), "1.2 GB", false},
+        {E::sourceNotRemoved(path, "a reason."), name, false},
+        {E::notADirectory(path), "“/home/u/My Photos/2024 trip/”", true},
+        {E::cleanupFailed(path, "a reason."), name, false},
+        {E::cannotReplace("2024 trip", "a reason."), name, false},
+        {E::cannotMerge("2024 trip", "a reason."), name, false},
+        {E::system(ENOENT, "copy", path), name, false},
+        {E::renameLeftAtTemporaryName(ENOENT, path, ".2024 trip.tmp"), name, false},
+        {E::changedSinceComparison(path), name, false},
+    };
+    std::set<E::Kind> kinds;
+    std::set<std::string> messages;
+    for (const auto& c : cases) {
+        const auto message = c.error.errorDescription();
+        SCOPED_TRACE(message);
+        kinds.insert(c.error.kind());
+        messages.insert(message);
+        EXPECT_NE(message.find(c.shows), std::string::npos);
+        if (!c.wholePath && c.error.kind() != E::Kind::destinationInsideSource) {
+            EXPECT_EQ(message.find("My Photos"), std::string::npos) << "only the last component is shown";
+        }
+        EXPECT_TRUE(message.ends_with(".")) << "a message is a sentence";
+        EXPECT_EQ(c.error.posixCode().has_value(),
+                  c.error.kind() == E::Kind::system || c.error.kind() == E::Kind::renameLeftAtTemporaryName);
     }
+    EXPECT_EQ(kinds.size(), cases.size()) << "every case is tried";
+    EXPECT_EQ(messages.size(), cases.size()) << "no two cases share a message";
+    EXPECT_EQ(E::itemMissing("/").errorDescription().find("“/”"), 0u) << "the root is shown as itself";
 }
 
 TEST(FileOperationError, SystemErrorsChooseTheirMessageByTheExactAction)

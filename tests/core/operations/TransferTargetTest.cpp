@@ -6,6 +6,7 @@
 namespace orbisk {
 namespace {
 
+namespace fs = std::filesystem;
 using test::TempTree;
 
 TEST(TransferTargetResolver, ReadsFoldersNewNamesAndMasks)
@@ -17,6 +18,9 @@ TEST(TransferTargetResolver, ReadsFoldersNewNamesAndMasks)
     tree.folder("pane/odd*name");
     tree.folder("home/Music");
     tree.file("pane/file.txt");
+    tree.folder("pane/dest ");
+    tree.folder("pane/dest");
+    tree.link("pane/lnk", "../home/Music");
 
     struct Case {
         std::string text;
@@ -25,7 +29,11 @@ TEST(TransferTargetResolver, ReadsFoldersNewNamesAndMasks)
     };
     const Case cases[] = {
         {"backup", 3, TransferTarget::into(base / "backup")},
-        {"  backup/ \n", 3, TransferTarget::into(base / "backup")},
+        {"backup/", 3, TransferTarget::into(base / "backup")},
+        {base.native() + "/dest ", 3, TransferTarget::into(base / "dest ")},
+        {" backup", 1, TransferTarget::renamed(base, " backup")},
+        {"backup/..", 2, TransferTarget::into(fs::canonical(base))},
+        {"lnk/../new", 1, TransferTarget::renamed(fs::canonical(home), "new")},
         {tree.root().native() + "/pane/backup", 1, TransferTarget::into(base / "backup")},
         {"odd*name", 2, TransferTarget::into(base / "odd*name")},
         {"~/Music", 1, TransferTarget::into(home / "Music")},
@@ -63,6 +71,8 @@ TEST(TransferTargetResolver, RefusesWhatCannotBeADestination)
         {"b*/x?", 1, FileOperationError::destinationNotFolder(base / "b*")},
         {"", 1, FileOperationError::invalidName("", "enter a destination.")},
         {" \t\n", 1, FileOperationError::invalidName(" \t\n", "enter a destination.")},
+        {"  backup/ \n", 3, FileOperationError::destinationNotFolder(base / "  backup/ \n")},
+        {"missing/..", 1, FileOperationError::destinationNotFolder(base / "missing/..")},
         {std::string(256, 'n'), 1,
          FileOperationError::invalidName(std::string(256, 'n'), "the name is longer than 255 bytes.")},
     };
