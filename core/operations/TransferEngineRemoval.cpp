@@ -255,9 +255,11 @@ void TransferEngine::reportVanished(const std::vector<std::string>& vanished)
             inside[top == sources_.end() ? path : top->native()].push_back(fs::path(path).filename().native());
             continue;
         }
-        std::erase_if(report_.completed, [&](const TransferredItem& item) { return item.source == *top; });
+        // Merged entries count as inside the item: their copies are copies too.
+        const auto within = [&](const fs::path& p) { return isSameOrBelow(p.native(), top->native()); };
+        std::erase_if(report_.completed, [&](const TransferredItem& item) { return within(item.source); });
         for (auto& change : report_.undoChanges)
-            if (const auto* moved = std::get_if<UndoChange::Moved>(&change.change); moved && moved->from == *top)
+            if (const auto* moved = std::get_if<UndoChange::Moved>(&change.change); moved && within(moved->from))
                 change = UndoChange::created(moved->to, moved->stamp);
         fail(*top, FileOperationError::sourceNotRemoved(
                        *top, translate("Orbisk", "it is no longer where it was (another program moved or deleted it "
