@@ -45,6 +45,9 @@ int revertNewest(const Command& command, std::span<const std::string> arguments,
     auto outcome = FileUndo::revert(record, FileUndo::systemTrash());
     if (!outcome.inverse.isEmpty())
         to.push_back(std::move(outcome.inverse));
+    // What could not be reversed stays on its stack, to be tried again once the problem is solved.
+    if (!outcome.remaining.isEmpty())
+        from.push_back(std::move(outcome.remaining));
     // The history is written before the problems are shown, so that what was reverted can be
     // redone even when some of it was refused.
     if (auto saved = history->save(*parsed->recordFile); !saved) {

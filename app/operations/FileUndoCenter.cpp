@@ -1,5 +1,7 @@
 #include "operations/FileUndoCenter.h"
 
+#include <algorithm>
+
 #include "operations/FileOperationError.h"
 #include "operations/OperationRunner.h"
 #include "platform/Trash.h"
@@ -20,8 +22,10 @@ OperationReport reportOf(UndoOutcome outcome)
                     report.completed.push_back({made.at, made.at});
                 else if constexpr (std::is_same_v<Made, UndoChange::Moved>)
                     report.completed.push_back({made.from, made.to});
-                else
+                else if constexpr (std::is_same_v<Made, UndoChange::Trashed>)
                     report.completed.push_back({made.original, made.inTrash});
+                else
+                    report.completed.push_back({made.at, made.at});
             },
             change.change);
     }
@@ -94,6 +98,7 @@ void FileUndoCenter::undo()
         return;
     auto step = std::move(undoSteps_.back());
     undoSteps_.pop_back();
+    step->position = undoSteps_.size();
     emit historyChanged();
     enqueue({std::move(step), false, epoch_});
 }
@@ -104,6 +109,7 @@ void FileUndoCenter::redo()
         return;
     auto step = std::move(redoSteps_.back());
     redoSteps_.pop_back();
+    step->position = redoSteps_.size();
     emit historyChanged();
     enqueue({std::move(step), true, epoch_});
 }
@@ -126,20 +132,25 @@ void FileUndoCenter::next()
     const auto verb = job.isRedo ? translate("Orbisk", "Redo") : translate("Orbisk", "Undo");
     const auto detail = job.isRedo ? L(translate("Orbisk", "Redoing “%@”"), record.name)
                                    : L(translate("Orbisk", "Undoing “%@”"), record.name);
-    auto work = [record, trash = trashService()](OperationContext& context) {
+    // What the revert could not reverse, handed from the worker to the completion.
+    auto remaining = std::make_shared<UndoRecord>();
+    auto work = [record, remaining, trash = trashService()](OperationContext& context) {
         context.progress.update([&record](OperationProgress& progress) {
             progress.phase = OperationProgress::Phase::working;
             progress.totalItems = static_cast<std::int64_t>(record.changes.size());
         });
-        auto report = reportOf(FileUndo::revert(record, trash));
+        auto outcome = FileUndo::revert(record, trash);
+        *remaining = std::move(outcome.remaining);
+        auto report = reportOf(std::move(outcome));
         context.progress.update([&record](OperationProgress& progress) {
             progress.phase = OperationProgress::Phase::finished;
             progress.completedItems = static_cast<std::int64_t>(record.changes.size());
         });
         return report;
     };
-    auto completion = [this, job](const OperationReport& report) {
+    auto completion = [this, job, remaining](const OperationReport& report) {
         running_ = false;
+        const std::size_t position = job.step->position;
         UndoRecord inverse{job.step->record.name, report.undoChanges};
         if (!inverse.isEmpty()) {
             job.step->record = std::move(inverse);
@@ -147,6 +158,14 @@ void FileUndoCenter::next()
                 undoSteps_.push_back(job.step);
             else if (job.epoch == epoch_) // a newer operation has since ended the redo history
                 redoSteps_.push_back(job.step);
+        }
+        // A step that could not be reversed (or only in part) is not used up: what is left of it
+        // goes back where it was taken from, below any step recorded since, to be tried again.
+        auto& steps = job.isRedo ? redoSteps_ : undoSteps_;
+        if (!remaining->isEmpty() && (!job.isRedo || job.epoch == epoch_)) {
+            auto left = std::make_shared<Step>(Step{std::move(*remaining), 0});
+            steps.insert(steps.begin() + static_cast<std::ptrdiff_t>(std::min(position, steps.size())),
+                         std::move(left));
         }
         emit historyChanged();
         emit reverted(report.undoChanges);

@@ -54,7 +54,8 @@ public:
     [[nodiscard]] std::vector<std::string> redoNames() const;
 
     /// Takes the newest undo step off the history and queues its revert; its inverse becomes the
-    /// newest redo step when the revert has finished. Does nothing without a step.
+    /// newest redo step when the revert has finished, and what it could not reverse stays an undo
+    /// step in its old place. Does nothing without a step.
     void undo();
     /// The same for the newest redo step; its inverse becomes an undo step again.
     void redo();
@@ -70,6 +71,7 @@ signals:
 private:
     struct Step {
         UndoRecord record;
+        std::size_t position = 0; ///< where in its history it stood when it was taken off
     };
     struct Job {
         std::shared_ptr<Step> step;

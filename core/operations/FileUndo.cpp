@@ -38,14 +38,25 @@ public:
     Reverter(const UndoRecord& record, const TrashService& trash) : record_(record), trash_(trash)
     {
         outcome_.inverse.name = record.name;
+        outcome_.remaining.name = record.name;
     }
 
     UndoOutcome run()
     {
         if (formsChain())
             stageMovedItems();
-        for (auto index = record_.changes.size(); index-- > 0;)
+        std::vector<UndoChange> remaining;
+        for (auto index = record_.changes.size(); index-- > 0;) {
+            // A change that added nothing to the inverse was not reversed and stays to be undone.
+            const auto before = outcome_.inverse.changes.size();
             std::visit([&](const auto& change) { revert(index, change); }, record_.changes[index].change);
+            if (outcome_.inverse.changes.size() == before)
+                remaining.push_back(record_.changes[index]);
+        }
+        outcome_.remaining.changes.assign(remaining.rbegin(), remaining.rend());
+        // Folders made again stay writable for their owner until their items are back in them.
+        for (const auto& [folder, mode] : modes_)
+            ::chmod(folder.c_str(), mode);
         return std::move(outcome_);
     }
 
@@ -128,12 +139,66 @@ private:
         const auto current = isStaged ? staging->second : change.to;
         if (isTaken(change.from)) {
             problem(change.to, FileUndoError::placeTaken(nameOf(change.from)));
-        } else if (moveBack(current, change.from, change.to, false)) {
-            outcome_.inverse.changes.push_back(UndoChange::moved(change.to, change.from, ItemStamp::of(change.from)));
-            return;
+        } else {
+            const auto made = makeMissingFolders(change.from.parent_path(), change.to);
+            if (made && moveBack(current, change.from, change.to, false)) {
+                for (const auto& folder : *made)
+                    outcome_.inverse.changes.push_back(UndoChange::created(folder, ItemStamp::of(folder)));
+                outcome_.inverse.changes.push_back(
+                    UndoChange::moved(change.to, change.from, ItemStamp::of(change.from)));
+                return;
+            }
+            if (made)
+                for (auto folder = made->rbegin(); folder != made->rend(); ++folder)
+                    ::rmdir(folder->c_str());
         }
         if (isStaged)
             unstage(current, change.to);
+    }
+
+    void revert(std::size_t, const UndoChange::RemovedFolder& change)
+    {
+        struct stat status {};
+        if (::lstat(change.at.c_str(), &status) == 0) {
+            // Made again since (by the user, or for an item that went back): the items can go in.
+            if (!S_ISDIR(status.st_mode))
+                problem(change.at, FileUndoError::placeTaken(nameOf(change.at)));
+            return;
+        }
+        const auto made = makeMissingFolders(change.at.parent_path(), change.at);
+        if (!made)
+            return;
+        if (::mkdir(change.at.c_str(), 0700) != 0) {
+            problem(change.at, FileOperationError::system(errno, "create the folder", change.at));
+            for (auto folder = made->rbegin(); folder != made->rend(); ++folder)
+                ::rmdir(folder->c_str());
+            return;
+        }
+        ::chmod(change.at.c_str(), change.mode | S_IRWXU);
+        for (const auto& folder : *made)
+            outcome_.inverse.changes.push_back(UndoChange::created(folder, ItemStamp::of(folder)));
+        outcome_.inverse.changes.push_back(UndoChange::created(change.at, ItemStamp::of(change.at)));
+        modes_.emplace_back(change.at, change.mode);
+    }
+
+    /// Makes the folders from the nearest existing one down to folder, which an item going back
+    /// needs; returns them outermost first, or nothing after reporting against reported.
+    std::optional<std::vector<fs::path>> makeMissingFolders(const fs::path& folder, const fs::path& reported)
+    {
+        std::vector<fs::path> missing;
+        for (fs::path at = folder; !at.empty() && at != at.root_path() && !isTaken(at); at = at.parent_path())
+            missing.push_back(at);
+        std::vector<fs::path> made;
+        for (auto at = missing.rbegin(); at != missing.rend(); ++at) {
+            if (::mkdir(at->c_str(), 0777) != 0) {
+                problem(reported, FileOperationError::system(errno, "create the folder for", reported));
+                for (auto back = made.rbegin(); back != made.rend(); ++back)
+                    ::rmdir(back->c_str());
+                return std::nullopt;
+            }
+            made.push_back(*at);
+        }
+        return made;
     }
 
     void revert(std::size_t, const UndoChange::Trashed& change)
@@ -189,8 +254,9 @@ private:
     const UndoRecord& record_;
     const TrashService& trash_;
     UndoOutcome outcome_;
-    std::map<std::size_t, fs::path> staged_; ///< chain items waiting under their hidden names
-    std::set<std::size_t> checked_;          ///< moves whose stamps were already checked
+    std::map<std::size_t, fs::path> staged_;           ///< chain items waiting under their hidden names
+    std::set<std::size_t> checked_;                    ///< moves whose stamps were already checked
+    std::vector<std::pair<fs::path, unsigned>> modes_; ///< folders made again, with their own modes
 };
 
 } // namespace

@@ -12,10 +12,12 @@
 
 namespace orbisk {
 
-/// What a revert did: the record that redoes it, and what it left alone and why.
+/// What a revert did: the record that redoes it, what it left alone and why, and the changes it
+/// could not reverse, which stay to be undone once their problems are solved.
 struct UndoOutcome {
     UndoRecord inverse;
     std::vector<ItemFailure> problems;
+    UndoRecord remaining;
 
     [[nodiscard]] bool isComplete() const { return problems.empty(); }
 };
@@ -32,8 +34,11 @@ using TrashService = std::function<std::expected<std::filesystem::path, AnyError
 /// within the record pass through hidden ".orbisk-undo-<uuid>" names in their folders, which are
 /// gone again afterwards. An item whose old place is on another volume is copied there under such
 /// a hidden name, given its name exclusively, and only then removed from where it was.
+/// A folder the operation removed is made again, and so is a missing folder that a moved item
+/// goes back into; both count as created in the inverse, so that redo takes them away again.
 /// The inverse has the record's name and the changes in the order they were made here, so that
-/// reverting it redoes the record. Runs synchronously on the calling (worker) thread.
+/// reverting it redoes the record; `remaining` has the record's name and the changes not reversed,
+/// in their order. Runs synchronously on the calling (worker) thread.
 [[nodiscard]] UndoOutcome revert(const UndoRecord& record, const TrashService& trash);
 
 /// The Trash of the item's volume (the freedesktop.org Trash), as used everywhere else.

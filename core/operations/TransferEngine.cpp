@@ -77,6 +77,8 @@ OperationReport TransferEngine::run()
             report_.cancelled = true;
             return finish();
         }
+        if (kind_ == Kind::move && !plan->useRename && !canEmptyAndRemove(source))
+            continue;
         plan->targetName = targetName;
         plans.push_back(std::move(*plan));
     }
@@ -116,8 +118,9 @@ OperationReport TransferEngine::run()
     if (cancellation_.isCancelled())
         report_.cancelled = true;
 
-    if (!report_.cancelled)
-        removeCopiedSources();
+    // Also after a cancellation: an item whose copy completed is reported and recorded as moved,
+    // so its source goes (with the usual checks) rather than staying in both places.
+    removeCopiedSources();
     return finish();
 }
 

@@ -154,6 +154,9 @@ private:
     // Copy-then-delete (TransferEngineRemoval.cpp)
     void record(const std::filesystem::path& source, const struct stat& status);
     void forgetRecordsFrom(std::size_t mark);
+    void forgetRecordsUnder(std::size_t mark, const std::filesystem::path& folder);
+    [[nodiscard]] bool canEmptyAndRemove(const std::filesystem::path& source);
+    void reportVanished(const std::vector<std::string>& vanished);
     void removeCopiedSources();
 
     Kind kind_;
@@ -178,6 +181,8 @@ private:
     /// Sources deliberately left behind by a move (skipped or failed), so that the removal does
     /// not count them again; holds only those, never every entry.
     std::set<std::string> leftOnPurpose_;
+    /// Source folders of copy-then-delete merges: removing one, once emptied, is an undo change.
+    std::set<std::string> mergedSources_;
 };
 
 } // namespace orbisk

@@ -51,10 +51,16 @@ TransferEngine::CopyResult TransferEngine::copyEntry(const fs::path& source, con
 
     CopyResult result = CopyResult::copied;
     if (S_ISDIR(status.st_mode)) {
-        // A folder is recorded before its entries, so that the removal meets it after them.
+        // A folder is recorded before its entries, so that the removal meets it after them; a
+        // folder whose copy was not made is forgotten again with everything recorded inside it,
+        // so that the removal never takes a source that has no copy.
+        const std::size_t mark = copiedForMove_.size();
         if (recordForMove)
             record(source, status);
-        return copyFolder(source, status.st_dev, destination, recordForMove);
+        const CopyResult copied = copyFolder(source, status.st_dev, destination, recordForMove);
+        if (copied != CopyResult::copied && recordForMove)
+            forgetRecordsUnder(mark, source);
+        return copied;
     }
     if (S_ISLNK(status.st_mode)) {
         if (auto copied = FileCopier::copyLink(source, destination); !copied) {
@@ -154,7 +160,9 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, de
         removePartial(destination);
         return result;
     }
-    if (auto copied = FileCopier::copyFolderMetadata(source, destination); !copied) {
+    // Through the folder opened at the start: a source renamed meanwhile still gives its own
+    // mode, and the copy never keeps the owner-only mode it was made with.
+    if (auto copied = FileCopier::copyFolderMetadata(from->get(), destination); !copied) {
         if (isVolumeFull(copied.error().code)) {
             removePartial(destination);
             stopForFullVolume(copied.error().code);

@@ -59,11 +59,23 @@ void TransferEngine::performItem(const fs::path& source, const fs::path& folder,
 
     const std::size_t recordsBefore = copiedForMove_.size();
     if (!renamed) {
+        const std::size_t failuresBefore = report_.failures.size();
         const CopyResult copied = copyEntry(source, target, mode.move);
         if (copied != CopyResult::copied) {
             forgetRecordsFrom(recordsBefore);
             if (mode.move)
                 leftOnPurpose_.insert(source.native());
+            return;
+        }
+        // A replacement is all or nothing: the old item gives way only to a complete copy.
+        if (replacement && report_.failures.size() != failuresBefore) {
+            forgetRecordsFrom(recordsBefore);
+            if (mode.move)
+                leftOnPurpose_.insert(source.native());
+            removePartial(target);
+            fail(source, FileOperationError::cannotReplace(
+                             name, translate("Orbisk", "not everything inside it could be copied. The existing item "
+                                                       "was left unchanged.")));
             return;
         }
     }
@@ -93,12 +105,13 @@ void TransferEngine::recordSuccess(const fs::path& source, const fs::path& final
 void TransferEngine::mergeInto(const fs::path& source, const fs::path& existing, Mode mode)
 {
     const bool copyThenDelete = mode.move && !mode.useRename;
-    if (copyThenDelete) {
+    struct stat status {};
+    const bool seen = ::lstat(source.c_str(), &status) == 0;
+    if (copyThenDelete && seen) {
         // Recorded before its entries, so that the removal meets it after them and removes it
         // only when they are all gone.
-        struct stat status {};
-        if (::lstat(source.c_str(), &status) == 0)
-            record(source, status);
+        record(source, status);
+        mergedSources_.insert(source.native());
     }
 
     DIR* folder = ::opendir(source.c_str());
@@ -118,12 +131,21 @@ void TransferEngine::mergeInto(const fs::path& source, const fs::path& existing,
         performItem(child, existing, entry->d_name, mode, 1);
     }
     ::closedir(folder);
-    if (cancellation_.isCancelled() || stopRequested_)
+    if (cancellation_.isCancelled() || stopRequested_) {
+        // What was merged so far is finished; the folder stays with the rest.
+        if (mode.move)
+            leftOnPurpose_.insert(source.native());
         return;
+    }
 
-    if (mode.move && mode.useRename && ::rmdir(source.c_str()) != 0) {
-        const int code = errno;
-        fail(source, FileOperationError::sourceNotRemoved(source, FileOperationError::systemText(code) + "."));
+    if (mode.move && mode.useRename) {
+        // The emptied folder goes, and undo must know to bring it back for its entries.
+        if (::rmdir(source.c_str()) == 0) {
+            report_.undoChanges.push_back(UndoChange::removedFolder(source, seen ? status.st_mode & 07777 : 0755));
+        } else {
+            const int code = errno;
+            fail(source, FileOperationError::sourceNotRemoved(source, FileOperationError::systemText(code) + "."));
+        }
     }
     report_.completed.push_back({source, existing});
 }

@@ -9,7 +9,7 @@
 
 namespace orbisk {
 
-/// A plain value of three cases; make them with created(), moved() and trashed().
+/// A plain value of four cases; make them with created(), moved(), trashed() and removedFolder().
 struct UndoChange {
     /// The operation created this item (a copy, a new folder or file).
     struct Created {
@@ -31,7 +31,15 @@ struct UndoChange {
         bool operator==(const Trashed&) const = default;
     };
 
-    std::variant<Created, Moved, Trashed> change;
+    /// The operation removed the empty folder at `at` (a merge that emptied it); undo makes it
+    /// again, with this mode, for the items that go back into it.
+    struct RemovedFolder {
+        std::filesystem::path at;
+        unsigned mode = 0755;
+        bool operator==(const RemovedFolder&) const = default;
+    };
+
+    std::variant<Created, Moved, Trashed, RemovedFolder> change;
 
     [[nodiscard]] static UndoChange created(std::filesystem::path at, std::optional<ItemStamp> stamp)
     {
@@ -45,6 +53,11 @@ struct UndoChange {
     [[nodiscard]] static UndoChange trashed(std::filesystem::path original, std::filesystem::path inTrash)
     {
         return {Trashed{std::move(original), std::move(inTrash)}};
+    }
+
+    [[nodiscard]] static UndoChange removedFolder(std::filesystem::path at, unsigned mode)
+    {
+        return {RemovedFolder{std::move(at), mode}};
     }
 
     bool operator==(const UndoChange&) const = default;

@@ -175,6 +175,17 @@ std::expected<UndoChange, std::string> readChange(const Json& json, const std::s
             return std::unexpected(inTrash.error());
         return UndoChange::trashed(fs::path(*original), fs::path(*inTrash));
     }
+    if (kind == "removedFolder") {
+        if (auto keys = reader.onlyKeys({"kind", "at", "mode"}); !keys)
+            return std::unexpected(keys.error());
+        auto at = reader.text("at");
+        auto mode = reader.number<std::uint64_t>("mode");
+        if (!at)
+            return std::unexpected(at.error());
+        if (!mode || *mode > 07777)
+            return std::unexpected(where + ".mode is not a file mode");
+        return UndoChange::removedFolder(fs::path(*at), static_cast<unsigned>(*mode));
+    }
     return std::unexpected(where + " has an unknown kind “" + kind + "”");
 }
 
@@ -194,6 +205,10 @@ struct ChangeWriter {
     {
         return Json{
             {"kind", "trashed"}, {"original", escaped(c.original.native())}, {"inTrash", escaped(c.inTrash.native())}};
+    }
+    Json operator()(const UndoChange::RemovedFolder& c) const
+    {
+        return Json{{"kind", "removedFolder"}, {"at", escaped(c.at.native())}, {"mode", c.mode}};
     }
 };
 

@@ -283,6 +283,21 @@ std::expected<void, CopyError> copyFolderMetadata(const fs::path& from, const fs
     return FileMetadata::copy(source.get(), status, destination.get(), to);
 }
 
+std::expected<void, CopyError> copyFolderMetadata(int from, const fs::path& to)
+{
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    struct stat status {};
+    if (::fstat(from, &status) != 0)
+        return std::unexpected(CopyError::system(CopyStep::inspectSource, errno, to));
+    OwnedFd destination(::open(to.c_str(), flags));
+    if (!destination.isOpen())
+        return std::unexpected(CopyError::system(CopyStep::setAttributes, errno, to));
+    auto copied = FileMetadata::copy(from, status, destination.get(), to);
+    if (!copied)
+        (void)::fchmod(destination.get(), status.st_mode & 0777);
+    return copied;
+}
+
 std::string temporaryName(std::string_view name)
 {
     // Seeded once per thread from the kernel: a system call per copied file would show when

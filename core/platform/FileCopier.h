@@ -61,6 +61,11 @@ copyFile(const std::filesystem::path& from, const std::filesystem::path& to, con
 [[nodiscard]] std::expected<void, CopyError> copyFolderMetadata(const std::filesystem::path& from,
                                                                 const std::filesystem::path& to);
 
+/// The same from an open source folder, so that a folder renamed since it was opened still gives
+/// its own metadata. When something fails on the way, the copy still gets the source's mode (an
+/// owner-only folder would hide a copy that is otherwise complete) and the first error is returned.
+[[nodiscard]] std::expected<void, CopyError> copyFolderMetadata(int from, const std::filesystem::path& to);
+
 /// The hidden name a copy of `name` is written under: ".", the name (cut to keep the whole within
 /// 255 bytes), ".ob-copying-" and 8 random hex digits. A crash leaves only such an entry behind.
 [[nodiscard]] std::string temporaryName(std::string_view name);

@@ -121,6 +121,32 @@ TEST_F(FileUndoCenterTest, AnEditedCopyIsLeftInPlaceAndTheRefusalShown)
     shown[0]->close();
 }
 
+TEST_F(FileUndoCenterTest, AStepWhoseUndoWasRefusedStaysToBeTriedAgain)
+{
+    transfer(TransferEngine::Kind::move, home_ / "left/a.txt", home_ / "right");
+    home_.file("left/a.txt", "in the way");
+    window_->command(ShortcutCommand::undo)->trigger();
+    ASSERT_TRUE(idle());
+
+    auto shown = alerts();
+    ASSERT_EQ(shown.size(), 1U);
+    EXPECT_TRUE(shown[0]->informativeText().contains(
+        QStringLiteral("• Another item named “a.txt” is now in its old place, so it was left where it is.")));
+    shown[0]->close();
+    EXPECT_EQ(home_.read("right/a.txt"), "a");
+    EXPECT_TRUE(window_->undoCenter().canUndo()) << "the refused step is not used up";
+    EXPECT_FALSE(window_->undoCenter().canRedo());
+
+    fs::remove(home_ / "left/a.txt");
+    window_->command(ShortcutCommand::undo)->trigger();
+    ASSERT_TRUE(idle());
+    EXPECT_TRUE(alerts().empty());
+    EXPECT_EQ(home_.read("left/a.txt"), "a");
+    EXPECT_FALSE(home_.exists("right/a.txt"));
+    EXPECT_FALSE(window_->undoCenter().canUndo());
+    EXPECT_TRUE(window_->undoCenter().canRedo());
+}
+
 TEST_F(FileUndoCenterTest, CtrlZInATextFieldUndoesTypingOnly)
 {
     transfer(TransferEngine::Kind::copy, home_ / "left/a.txt", home_ / "right");

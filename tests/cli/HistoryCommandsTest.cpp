@@ -174,8 +174,42 @@ TEST_F(HistoryCommands, UndoLeavesAnEditedItemAndSaysWhy)
     EXPECT_EQ(result.err, "Undo finished with 1 problems.\nCompleted: 0. Skipped: 0. Failed: 1.\n"
                           "• “notes.txt” changed after the operation, so it was left as it is.\n");
     EXPECT_EQ(tree.read("work/notes.txt"), "typed since");
-    EXPECT_EQ(history()["undo"].size(), 0u) << "the refused record is used up, as in the app";
+    EXPECT_EQ(history()["undo"].size(), 1u) << "the refused record stays, as in the app";
     EXPECT_EQ(history()["redo"].size(), 1u) << "only the rename can be redone";
+}
+
+TEST_F(HistoryCommands, UndoOfAMergeBringsBackTheFolderItEmptiedAndARefusedStepStays)
+{
+    tree.file("work/S/a.txt", "a");
+    tree.file("work/S/sub/b.txt", "b");
+    tree.file("work/into/S/x.txt", "x");
+    tree.file("work/into/S/sub/y.txt", "y");
+    const auto before = disk();
+    ASSERT_EQ(cli({"move", "--merge-folders", "--record", "history.json", "S", "into"}).exitCode, 0);
+    const auto merged = disk();
+    EXPECT_FALSE(tree.exists("work/S"));
+    EXPECT_EQ(merged.count("into/S/sub/b.txt"), 1u);
+
+    // A file now where the emptied folder was: nothing can go back, and the step is kept.
+    tree.file("work/S", "in the way");
+    auto result = cli({"undo", "--record", "history.json"});
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_NE(result.err.find("• Another item named “S” is now in its old place, so it was left where it is."),
+              std::string::npos)
+        << result.err;
+    EXPECT_EQ(tree.read("work/S"), "in the way");
+    EXPECT_EQ(history()["undo"].size(), 1u);
+    EXPECT_EQ(history()["redo"].size(), 0u);
+
+    fs::remove(tree / "work/S");
+    result = cli({"undo", "--record", "history.json"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(disk(), before);
+    EXPECT_EQ(history()["undo"].size(), 0u);
+    ASSERT_EQ(cli({"redo", "--record", "history.json"}).exitCode, 0);
+    EXPECT_EQ(disk(), merged);
+    ASSERT_EQ(cli({"undo", "--record", "history.json"}).exitCode, 0);
+    EXPECT_EQ(disk(), before);
 }
 
 TEST_F(HistoryCommands, UsageErrorsExitTwoAndABadHistoryStopsBeforeAnyChange)
