@@ -197,7 +197,7 @@ std::expected<fs::path, int> Trash::moveToTrash(const fs::path& item) const
     if (!itemMount)
         return Failure(ENOENT);
     // Checked before a trash folder is made, which on a mount point would land on the mounted volume.
-    if (S_ISDIR(status.st_mode) && mounts.mountAtOrBelow(*real))
+    if (mounts.mountAtOrBelow(*real))
         return Failure(EBUSY);
 
     // The home trash takes items of its own mount; a bind mount of the same file system does not
