@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "Command.h"
+#include "platform/OpenFileLimit.h"
 
 namespace orbisk::cli {
 
@@ -43,6 +44,7 @@ int usageError(const Command& command, std::string_view problem)
 int main(int argc, char** argv)
 {
     using namespace orbisk::cli;
+    orbisk::OpenFileLimit::raiseToHardLimit();
     auto list = commands();
     std::ranges::sort(list, {}, &Command::name);
     const auto printUsage = [&](std::ostream& out) {

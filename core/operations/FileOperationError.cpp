@@ -62,6 +62,34 @@ std::string systemMessage(const FileOperationError::System& error)
     return L(translate("Orbisk", "The operation on “%@” couldn’t be completed: %@."), name, reason);
 }
 
+std::string mountBoundaryMessage(const FileOperationError::MountBoundary& e)
+{
+    using Action = FileOperationError::MountAction;
+    const auto name = lastComponent(e.item);
+    if (e.item == e.mountPoint) {
+        switch (e.action) {
+        case Action::copy:
+            return L(translate("Orbisk", "“%@” is where another volume is mounted; its contents were not copied."),
+                     name);
+        case Action::move:
+            return L(translate("Orbisk", "“%@” is where another volume is mounted, so it can’t be moved. Nothing "
+                                         "was changed."),
+                     name);
+        case Action::trash:
+            return L(translate("Orbisk", "“%@” is where another volume is mounted, so it can’t be moved to the "
+                                         "Trash. Nothing was changed."),
+                     name);
+        }
+    }
+    if (e.action == Action::trash)
+        return L(translate("Orbisk", "“%@” holds another volume, mounted at %@, so it can’t be moved to the Trash. "
+                                     "Nothing was changed."),
+                 name, e.mountPoint.native());
+    return L(translate("Orbisk", "“%@” holds another volume, mounted at %@, so it can’t be moved. Nothing was "
+                                 "changed."),
+             name, e.mountPoint.native());
+}
+
 template <class... Cases> struct Overloaded : Cases... {
     using Cases::operator()...;
 };
@@ -134,6 +162,11 @@ FileOperationError FileOperationError::changedSinceComparison(Path path)
     return {ChangedSinceComparison{std::move(path)}};
 }
 
+FileOperationError FileOperationError::mountBoundary(Path item, Path mountPoint, MountAction action)
+{
+    return {MountBoundary{std::move(item), std::move(mountPoint), action}};
+}
+
 std::string FileOperationError::errorDescription() const
 {
     // Cases whose reason is inserted last end without a full stop of their own: the reason has one.
@@ -191,6 +224,7 @@ std::string FileOperationError::errorDescription() const
                                              "Compare again to include it."),
                          lastComponent(e.path));
             },
+            [](const MountBoundary& e) { return mountBoundaryMessage(e); },
         },
         value);
 }

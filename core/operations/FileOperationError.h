@@ -1,4 +1,4 @@
-// The error of file operations: sixteen cases, each carrying what its one message needs.
+// The error of file operations: seventeen cases, each carrying what its one message needs.
 #pragma once
 
 #include <cstdint>
@@ -84,6 +84,14 @@ struct FileOperationError {
         Path path;
         bool operator==(const ChangedSinceComparison&) const = default;
     };
+    /// What was asked of an item that is, or holds, the mount point of another volume.
+    enum class MountAction : std::uint8_t { copy, move, trash };
+    struct MountBoundary {
+        Path item;       ///< the item the user chose
+        Path mountPoint; ///< the item itself, or the mount point found inside it
+        MountAction action = MountAction::move;
+        bool operator==(const MountBoundary&) const = default;
+    };
 
     /// The cases in their order of declaration; kind() gives the one held.
     enum class Kind {
@@ -103,11 +111,12 @@ struct FileOperationError {
         system,
         renameLeftAtTemporaryName,
         changedSinceComparison,
+        mountBoundary,
     };
 
     std::variant<DestinationInsideSource, AlreadyInDestination, DestinationNotFolder, ItemMissing, ItemExists,
                  InvalidName, UnsupportedFileType, InsufficientSpace, SourceNotRemoved, NotADirectory, CleanupFailed,
-                 CannotReplace, CannotMerge, System, RenameLeftAtTemporaryName, ChangedSinceComparison>
+                 CannotReplace, CannotMerge, System, RenameLeftAtTemporaryName, ChangedSinceComparison, MountBoundary>
         value;
 
     static FileOperationError destinationInsideSource(Path source, Path destination);
@@ -128,6 +137,9 @@ struct FileOperationError {
     static FileOperationError system(std::int32_t code, std::string action, Path path);
     static FileOperationError renameLeftAtTemporaryName(std::int32_t code, Path path, std::string temporaryName);
     static FileOperationError changedSinceComparison(Path path);
+    /// A move or trash refused because item is or holds mountPoint, or the mounted part of a copy
+    /// that was left out.
+    static FileOperationError mountBoundary(Path item, Path mountPoint, MountAction action);
 
     [[nodiscard]] Kind kind() const { return static_cast<Kind>(value.index()); }
 

@@ -3,13 +3,17 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <system_error>
 
 #include "operations/ItemActions.h"
+#include "platform/FolderListing.h"
+#include "platform/OwnedFd.h"
 #include "support/Paths.h"
 
 namespace orbisk {
@@ -25,12 +29,22 @@ fs::path cleanPath(const fs::path& path)
     return Paths::itemPath(path);
 }
 
-// The path with links in its folders resolved, for containment tests that links cannot fool.
-fs::path resolvedPath(const fs::path& path)
+constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+
+// The folder and every folder above it, as the kernel goes up through "..", by device and inode.
+std::vector<std::pair<dev_t, ino_t>> folderChain(const fs::path& folder)
 {
-    std::error_code error;
-    fs::path resolved = fs::weakly_canonical(path, error);
-    return error ? path : resolved;
+    std::vector<std::pair<dev_t, ino_t>> chain;
+    OwnedFd current(::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    struct stat status {};
+    while (current.isOpen() && ::fstat(current.get(), &status) == 0) {
+        const std::pair<dev_t, ino_t> identity{status.st_dev, status.st_ino};
+        if (std::ranges::find(chain, identity) != chain.end())
+            break; // "/" is its own parent
+        chain.push_back(identity);
+        current = OwnedFd(::openat(current.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    }
+    return chain;
 }
 
 } // namespace
@@ -56,6 +70,13 @@ OperationReport TransferEngine::run()
         fail(destinationDirectory_, FileOperationError::destinationNotFolder(destinationDirectory_));
         return finish();
     }
+    struct rlimit files {};
+    const rlim_t limit = ::getrlimit(RLIMIT_NOFILE, &files) == 0 ? files.rlim_cur : 1024;
+    keptLevels_ = std::clamp<std::size_t>(limit / 12, 1, std::max<std::size_t>(foldersKeptOpen, 1));
+    destination_ = {destination.st_dev, destination.st_ino};
+    destinationChain_ = folderChain(destinationDirectory_);
+    if (auto table = MountTable::read())
+        mountTable_ = std::move(*table);
 
     // Target names are looked up under the caller's spelling of each source as well as ours.
     std::map<fs::path, std::string> names;
@@ -76,6 +97,17 @@ OperationReport TransferEngine::run()
         if (!plan) {
             report_.cancelled = true;
             return finish();
+        }
+        if (plan->holdsDestination) {
+            fail(source, FileOperationError::destinationInsideSource(source, destinationDirectory_));
+            continue;
+        }
+        // A move by rename takes a mounted volume along; one that copies would copy it and then
+        // empty it, and a mount point itself cannot be renamed at all.
+        if (kind_ == Kind::move && plan->mountPoint && (*plan->mountPoint == source || !plan->useRename)) {
+            fail(source,
+                 FileOperationError::mountBoundary(source, *plan->mountPoint, FileOperationError::MountAction::move));
+            continue;
         }
         if (kind_ == Kind::move && !plan->useRename && !canEmptyAndRemove(source))
             continue;
@@ -135,7 +167,9 @@ bool TransferEngine::checkSource(const fs::path& source, const struct stat& dest
         fail(source, FileOperationError::itemMissing(source));
         return false;
     }
-    if (S_ISDIR(status.st_mode) && Paths::isSameOrInside(resolvedPath(destinationDirectory_), resolvedPath(source))) {
+    // By device and inode, so that neither links, nor bind mounts, nor letter case can hide it.
+    const Identity identity{status.st_dev, status.st_ino};
+    if (S_ISDIR(status.st_mode) && std::ranges::find(destinationChain_, identity) != destinationChain_.end()) {
         fail(source, FileOperationError::destinationInsideSource(source, destinationDirectory_));
         return false;
     }
@@ -161,66 +195,108 @@ std::optional<TransferEngine::Plan> TransferEngine::makePlan(const fs::path& sou
     plan.crossesVolume = status.st_dev != destination.st_dev;
     plan.useRename = kind_ == Kind::move && !plan.crossesVolume && !forceCopyThenDelete;
     if (!plan.isRealDirectory) {
-        plan.byteCount = S_ISREG(status.st_mode) ? status.st_size : 0;
+        if (S_ISREG(status.st_mode)) {
+            plan.byteCount = status.st_size;
+            plan.writeBytes = countFile(AT_FDCWD, source.c_str(), status);
+        }
         return plan;
     }
-    const int folder = ::open(source.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (folder >= 0 && !countTree(folder, plan))
+    findMountPoints(source, plan);
+    const int folder = ::open(source.c_str(), folderFlags);
+    if (folder >= 0 && !countTree(folder, source, status.st_dev, plan))
         return std::nullopt;
     return plan;
 }
 
-// Counts the entries below an open folder (taking over its descriptor) and the bytes of their
-// regular files; unreadable folders count as what could be read. False when cancelled.
-bool TransferEngine::countTree(int folderFd, Plan& plan)
+// The mount points at or inside a source folder, from the mount table, which lists real paths:
+// the source's own folder is resolved, the source itself is not (it is a real folder here).
+void TransferEngine::findMountPoints(const fs::path& source, Plan& plan)
 {
-    DIR* folder = ::fdopendir(folderFd);
-    if (!folder) {
-        ::close(folderFd);
-        return true;
-    }
-    bool goOn = true;
-    while (const dirent* entry = ::readdir(folder)) {
-        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
+    if (!mountTable_)
+        return;
+    std::error_code error;
+    const fs::path parent = fs::canonical(Paths::parentFolder(source), error);
+    if (error)
+        return;
+    const fs::path real = parent / source.filename();
+    for (const auto& entry : mountTable_->entries()) {
+        if (!Paths::isSameOrInside(entry.mountPoint, real))
             continue;
+        const fs::path relative = entry.mountPoint.lexically_relative(real);
+        const fs::path spelled = relative == "." ? source : source / relative;
+        if (spelled != source)
+            mountPoints_.insert(spelled.native());
+        if (!plan.mountPoint || spelled == source)
+            plan.mountPoint = spelled;
+    }
+}
+
+// Counts the entries below an open folder (taking over its descriptor) and the bytes of their
+// regular files; false when cancelled. Folders on another device are mount points too, and the
+// walk stays out of every mount point, as the copy does. Unreadable folders count as what could be
+// read: the copy reports them. Deep below the kept levels a folder is listed and its entries'
+// status read at once, and its descriptor closed before the walk goes further down.
+bool TransferEngine::countTree(int folderFd, const fs::path& path, dev_t device, Plan& plan)
+{
+    OwnedFd folder(folderFd);
+    const bool keep = openLevels_ < keptLevels_;
+    const int listFd = ::dup(folder.get());
+    if (listFd < 0)
+        return true;
+    auto listing = FolderListing::open(listFd, keep);
+    if (!listing)
+        return true;
+    const OpenLevel level(openLevels_, keep);
+    std::vector<std::pair<std::string, struct stat>> later;
+    while (auto entry = listing->next()) {
         ++plan.itemCount;
-        if ((plan.itemCount & 0xFFF) == 0 && cancellation_.isCancelled()) {
-            goOn = false;
-            break;
-        }
-        const bool knownOther = entry->d_type != DT_UNKNOWN && entry->d_type != DT_DIR && entry->d_type != DT_REG;
+        if ((plan.itemCount & 0xFFF) == 0 && cancellation_.isCancelled())
+            return false;
+        const bool knownOther = entry->type != DT_UNKNOWN && entry->type != DT_DIR && entry->type != DT_REG;
         if (knownOther)
             continue;
         struct stat status {};
-        if (::fstatat(::dirfd(folder), entry->d_name, &status, AT_SYMLINK_NOFOLLOW) != 0)
+        if (::fstatat(folder.get(), entry->name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
             continue;
         if (S_ISREG(status.st_mode)) {
             plan.byteCount += status.st_size;
-        } else if (S_ISDIR(status.st_mode)) {
-            const int child = ::openat(::dirfd(folder), entry->d_name, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-            if (child >= 0 && !countTree(child, plan)) {
-                goOn = false;
-                break;
-            }
+            plan.writeBytes += countFile(folder.get(), entry->name.c_str(), status);
+            continue;
         }
+        if (!S_ISDIR(status.st_mode))
+            continue;
+        fs::path child = path / entry->name;
+        if (Identity{status.st_dev, status.st_ino} == destination_)
+            plan.holdsDestination = true;
+        if (status.st_dev != device || mountPoints_.contains(child.native())) {
+            mountPoints_.insert(child.native());
+            if (!plan.mountPoint)
+                plan.mountPoint = std::move(child);
+            continue;
+        }
+        if (!keep) {
+            later.emplace_back(std::move(entry->name), status);
+            continue;
+        }
+        const int childFd = ::openat(folder.get(), entry->name.c_str(), folderFlags);
+        if (childFd >= 0 && !countTree(childFd, child, device, plan))
+            return false;
     }
-    ::closedir(folder);
-    return goOn;
-}
-
-bool TransferEngine::hasRoomFor(const std::vector<Plan>& plans)
-{
-    std::int64_t needed = 0;
-    for (const auto& plan : plans)
-        if (!plan.useRename)
-            needed += plan.byteCount;
-    if (needed == 0)
-        return true;
-    const auto capacity = Paths::volumeCapacity(destinationDirectory_);
-    if (!capacity || needed <= capacity->available)
-        return true;
-    report_.abortReason = FileOperationError::insufficientSpace(needed, capacity->available).errorDescription();
-    return false;
+    folder.reset();
+    for (const auto& [name, status] : later) {
+        // Reopened by name; counted only when it is still the folder whose status was read.
+        const int child = ::open((path / name).c_str(), folderFlags);
+        if (child < 0)
+            continue;
+        struct stat now {};
+        if (::fstat(child, &now) != 0 || now.st_dev != status.st_dev || now.st_ino != status.st_ino) {
+            ::close(child);
+            continue;
+        }
+        if (!countTree(child, path / name, device, plan))
+            return false;
+    }
+    return true;
 }
 
 void TransferEngine::finishTopLevel(std::int64_t itemsDone, std::int64_t bytesDone)

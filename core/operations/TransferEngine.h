@@ -23,6 +23,7 @@
 #include "operations/OperationProgressTracker.h"
 #include "operations/OperationReport.h"
 #include "platform/CopyOptions.h"
+#include "platform/MountTable.h"
 
 namespace orbisk {
 
@@ -60,6 +61,11 @@ public:
     std::function<void()> beforeSourceRemoval;
     /// How regular files are copied (chunk size between progress and cancellation checks).
     CopyOptions copyOptions;
+    /// How many folder levels of a tree at most keep their descriptors open while the levels below
+    /// are walked; fewer when the process's limit of open files is low, so that a kept level's
+    /// three descriptors stay within a quarter of it. Deeper levels are listed in full and reopened
+    /// by name, so that a deep tree never exhausts the process's descriptors.
+    std::size_t foldersKeptOpen = 64;
 
     /// Runs the whole operation on the calling thread and returns its report. Call once.
     [[nodiscard]] OperationReport run();
@@ -73,7 +79,16 @@ private:
         bool crossesVolume = false;
         std::int64_t itemCount = 1;
         std::int64_t byteCount = 0;
+        /// What the copy writes: allocated blocks of sparse files, each hard-linked file once.
+        std::int64_t writeBytes = 0;
+        /// The first mount point met inside the folder (the folder itself when it is one).
+        std::optional<std::filesystem::path> mountPoint;
+        /// The destination folder is the folder or lies inside it, by device and inode.
+        bool holdsDestination = false;
     };
+
+    /// A file-system object, by device and inode.
+    using Identity = std::pair<dev_t, ino_t>;
 
     /// How the entries of one top-level item travel.
     struct Mode {
@@ -107,12 +122,36 @@ private:
 
     enum class CopyResult : std::uint8_t { copied, failed, cancelled, volumeFull };
 
+    /// Counts a folder level against foldersKeptOpen while it keeps descriptors open.
+    class OpenLevel {
+    public:
+        OpenLevel(std::size_t& levels, bool keep) : levels_(keep ? &levels : nullptr)
+        {
+            if (levels_)
+                ++*levels_;
+        }
+        ~OpenLevel()
+        {
+            if (levels_)
+                --*levels_;
+        }
+        OpenLevel(const OpenLevel&) = delete;
+        OpenLevel& operator=(const OpenLevel&) = delete;
+
+    private:
+        std::size_t* levels_;
+    };
+
     // Planning (TransferEngine.cpp)
     [[nodiscard]] bool checkSource(const std::filesystem::path& source, const struct stat& destination,
                                    const std::string& targetName);
     [[nodiscard]] std::optional<Plan> makePlan(const std::filesystem::path& source, const struct stat& destination);
-    [[nodiscard]] bool countTree(int folderFd, Plan& plan);
+    [[nodiscard]] bool countTree(int folderFd, const std::filesystem::path& path, dev_t device, Plan& plan);
+    [[nodiscard]] std::int64_t countFile(int folderFd, const char* name, const struct stat& status);
+    void findMountPoints(const std::filesystem::path& source, Plan& plan);
     [[nodiscard]] bool hasRoomFor(const std::vector<Plan>& plans);
+    [[nodiscard]] std::int64_t bytesToWrite(const std::filesystem::path& source,
+                                            std::optional<std::filesystem::path> target);
     void finishTopLevel(std::int64_t itemsDone, std::int64_t bytesDone);
 
     // Performing items (TransferEngineItems.cpp)
@@ -120,6 +159,8 @@ private:
                      Mode mode, std::int64_t itemCount);
     void mergeInto(const std::filesystem::path& source, const std::filesystem::path& existing, Mode mode);
     void recordSuccess(const std::filesystem::path& source, const std::filesystem::path& final, bool moved);
+    [[nodiscard]] bool leaveMountedVolume(const std::filesystem::path& source, bool move);
+    [[nodiscard]] std::optional<std::filesystem::path> mountPointIn(const std::filesystem::path& folder) const;
 
     // Clashes (TransferEngineConflicts.cpp)
     [[nodiscard]] Resolution resolveClash(const std::filesystem::path& source, const struct stat& sourceStatus,
@@ -176,6 +217,23 @@ private:
     std::atomic<bool> stopRequested_ = false;
     /// Regular files inside copied folders, copied on worker threads; made at the first one.
     std::unique_ptr<FileCopyQueue> queue_;
+    /// Mount points inside the sources, spelled as the sources are: a copy leaves them out and a
+    /// move that would copy them is refused. Read from the mount table, so that bind mounts, which
+    /// share their file system's device number, count too; folders on another device as well.
+    std::set<std::string> mountPoints_;
+    /// The destination folder and each folder above it, to tell a destination inside a source
+    /// through any path (a link, a bind mount, another letter case).
+    std::vector<Identity> destinationChain_;
+    Identity destination_{};
+    /// Read once per run; absent when the kernel's table cannot be read (then only a change of
+    /// device marks a mount point).
+    std::optional<MountTable> mountTable_;
+    /// Folders this run writes into (created or merged into): a source folder among them would be
+    /// copied into itself, a nest without end.
+    std::set<Identity> writtenFolders_;
+    /// Folder levels currently holding descriptors, against keptLevels_ (set at the start of run()).
+    std::size_t openLevels_ = 0;
+    std::size_t keptLevels_ = 1;
     std::vector<CopiedRecord> copiedForMove_;
     std::string copiedPaths_;
     /// Sources deliberately left behind by a move (skipped or failed), so that the removal does

@@ -9,7 +9,9 @@
 
 #include "operations/TransferEngine.h"
 #include "platform/FileCopier.h"
+#include "platform/FolderListing.h"
 #include "platform/OwnedFd.h"
+#include "platform/TreeRemoval.h"
 #include "support/L10n.h"
 #include "support/Translate.h"
 
@@ -24,18 +26,7 @@ bool isVolumeFull(int code)
     return code == ENOSPC || code == EDQUOT;
 }
 
-// Makes every folder under path writable and searchable again: a copied folder gets the source's
-// mode after its contents, so a read-only one would refuse the removal of what is inside it.
-void makeRemovable(const fs::path& path)
-{
-    struct stat status {};
-    if (::lstat(path.c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
-        return;
-    ::chmod(path.c_str(), 0700);
-    std::error_code error;
-    for (fs::directory_iterator it(path, error), end; !error && it != end; it.increment(error))
-        makeRemovable(it->path());
-}
+constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
 } // namespace
 
@@ -89,6 +80,10 @@ TransferEngine::CopyResult TransferEngine::copyEntry(const fs::path& source, con
     return result;
 }
 
+// Near the top of a tree a folder is read as it goes, with its source and destination folders
+// held open for the file copies. Below foldersKeptOpen levels it is listed at once, its files
+// are copied first, and its descriptors are given up before its subfolders are walked, so that
+// however deep the tree, the run holds a bounded number of descriptors.
 TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, dev_t device, const fs::path& destination,
                                                       bool recordForMove)
 {
@@ -100,55 +95,91 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, de
         fail(source, FileOperationError::system(created.error().code, "create the folder", destination));
         return CopyResult::failed;
     }
-    constexpr int folderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
     auto to = std::make_shared<const OwnedFd>(::open(destination.c_str(), folderFlags));
-    if (!to->isOpen()) {
+    struct stat toStatus {};
+    if (!to->isOpen() || ::fstat(to->get(), &toStatus) != 0) {
         fail(source, FileOperationError::system(errno, "create the folder", destination));
         removePartial(destination);
         return CopyResult::failed;
     }
+    writtenFolders_.insert({toStatus.st_dev, toStatus.st_ino});
     auto from = std::make_shared<const OwnedFd>(::open(source.c_str(), folderFlags));
-    DIR* folder = from->isOpen() ? ::fdopendir(::dup(from->get())) : nullptr;
-    if (!folder) {
-        fail(source, FileOperationError::system(errno, "read", source));
+    struct stat fromStatus {};
+    const int listFd = from->isOpen() && ::fstat(from->get(), &fromStatus) == 0 ? ::dup(from->get()) : -1;
+    const bool keep = openLevels_ < keptLevels_;
+    auto listing = listFd >= 0 ? FolderListing::open(listFd, keep) : std::unexpected(errno);
+    if (!listing) {
+        fail(source, FileOperationError::system(listing.error(), "read", source));
         removePartial(destination);
         return CopyResult::failed;
     }
+    // A source folder this run is writing into is the destination seen through another path.
+    if (writtenFolders_.contains({fromStatus.st_dev, fromStatus.st_ino})) {
+        fail(source, FileOperationError::destinationInsideSource(source, destination));
+        removePartial(destination);
+        return CopyResult::failed;
+    }
+    const OpenLevel level(openLevels_, keep);
     progress_.update([](OperationProgress& p) { ++p.completedItems; });
 
     CopyResult result = CopyResult::copied;
-    while (const dirent* entry = ::readdir(folder)) {
-        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
-            continue;
+    std::vector<std::string> folders;
+    const auto copyChild = [&](const std::string& name) {
+        fs::path child = source / name;
+        if (leaveMountedVolume(child, recordForMove))
+            return true;
+        const CopyResult copied = copyEntry(child, destination / name, recordForMove);
+        if (copied == CopyResult::cancelled || copied == CopyResult::volumeFull) {
+            result = copied;
+            return false;
+        }
+        // A failed entry is reported and stays behind in a move; its folder goes on without it.
+        if (copied == CopyResult::failed && recordForMove)
+            leftOnPurpose_.insert(child.native());
+        return true;
+    };
+    while (auto entry = listing->next()) {
         if (cancellation_.isCancelled()) {
             result = CopyResult::cancelled;
             break;
         }
-        fs::path child = source / entry->d_name;
         // Regular files, the bulk of most trees, are copied on the queue's threads; everything
         // else (and entries the file system gives no type for) here, one at a time.
-        if (entry->d_type == DT_REG) {
+        if (entry->type == DT_REG) {
             if (!queue_)
                 queue_ = std::make_unique<FileCopyQueue>(FileCopyQueue::defaultWorkers(), queueProgress());
             const auto method = methodFrom_.try_emplace(device, copyOptions.firstMethod).first->second;
             CopyOptions options = copyOptions;
             options.firstMethod = method;
-            queue_->push({from, to, std::move(child), destination / entry->d_name, options});
+            queue_->push({from, to, source / entry->name, destination / entry->name, options});
             result = takeQueuedCopies(recordForMove, false);
             if (result != CopyResult::copied)
                 break;
             continue;
         }
-        const CopyResult copied = copyEntry(child, destination / entry->d_name, recordForMove);
-        if (copied == CopyResult::cancelled || copied == CopyResult::volumeFull) {
-            result = copied;
-            break;
+        if (!keep && (entry->type == DT_DIR || entry->type == DT_UNKNOWN)) {
+            folders.push_back(std::move(entry->name));
+            continue;
         }
-        // A failed entry is reported and stays behind in a move; its folder goes on without it.
-        if (copied == CopyResult::failed && recordForMove)
-            leftOnPurpose_.insert(child.native());
+        if (!copyChild(entry->name))
+            break;
     }
-    ::closedir(folder);
+    listing = std::unexpected(0); // closes a stream kept open
+    if (!folders.empty() && result == CopyResult::copied) {
+        result = takeQueuedCopies(recordForMove, true);
+        from.reset();
+        to.reset();
+        for (const auto& name : folders) {
+            if (result != CopyResult::copied)
+                break;
+            if (cancellation_.isCancelled()) {
+                result = CopyResult::cancelled;
+                break;
+            }
+            if (!copyChild(name))
+                break;
+        }
+    }
     // The folder's own attributes go on after all of its entries are in, and a partial folder
     // is removed only once nothing is being copied into it any more.
     if (const CopyResult rest = takeQueuedCopies(recordForMove, true); result == CopyResult::copied)
@@ -159,6 +190,22 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, de
         // everything under it was made by this run and goes again.
         removePartial(destination);
         return result;
+    }
+    // A deep folder gave up its descriptor before its subfolders were walked: the one reopened by
+    // name must be the folder that was copied, else the copy only takes the mode read at the start.
+    if (!from) {
+        from = std::make_shared<const OwnedFd>(::open(source.c_str(), folderFlags));
+        struct stat again {};
+        if (from->isOpen() && (::fstat(from->get(), &again) != 0 || again.st_dev != fromStatus.st_dev ||
+                               again.st_ino != fromStatus.st_ino))
+            from = std::make_shared<const OwnedFd>(-1);
+        if (!from->isOpen()) {
+            const OwnedFd copy(::open(destination.c_str(), folderFlags));
+            if (copy.isOpen())
+                (void)::fchmod(copy.get(), fromStatus.st_mode & 07777);
+            fail(source, FileOperationError::system(ENOENT, "copy the attributes of", source));
+            return CopyResult::copied;
+        }
     }
     // Through the folder opened at the start: a source renamed meanwhile still gives its own
     // mode, and the copy never keeps the owner-only mode it was made with.
@@ -171,6 +218,32 @@ TransferEngine::CopyResult TransferEngine::copyFolder(const fs::path& source, de
         fail(source, FileOperationError::system(copied.error().code, "copy the attributes of", source));
     }
     return CopyResult::copied;
+}
+
+// Leaves out a folder where another volume is mounted, as "stay on this file system" copies do,
+// and says so in the report. A move never gets here with one: it is refused before it starts.
+bool TransferEngine::leaveMountedVolume(const fs::path& source, bool move)
+{
+    if (mountPoints_.empty() || !mountPoints_.contains(source.native()))
+        return false;
+    using Action = FileOperationError::MountAction;
+    fail(source, FileOperationError::mountBoundary(source, source, move ? Action::move : Action::copy));
+    if (move)
+        leftOnPurpose_.insert(source.native());
+    progress_.update([](OperationProgress& p) { ++p.completedItems; });
+    return true;
+}
+
+// The first mount point at or inside folder, among those found while planning.
+std::optional<fs::path> TransferEngine::mountPointIn(const fs::path& folder) const
+{
+    if (mountPoints_.contains(folder.native()))
+        return folder;
+    const std::string below = folder.native() + "/";
+    const auto it = mountPoints_.lower_bound(below);
+    if (it != mountPoints_.end() && it->starts_with(below))
+        return fs::path(*it);
+    return std::nullopt;
 }
 
 FileCopyQueue::Progress TransferEngine::queueProgress()
@@ -279,15 +352,9 @@ void TransferEngine::stopForFullVolume(int code)
 // Removes an incomplete copy this run made (a file, or a folder with what was copied into it).
 void TransferEngine::removePartial(const fs::path& destination)
 {
-    std::error_code error;
-    fs::remove_all(destination, error);
-    if (error) {
-        makeRemovable(destination);
-        error.clear();
-        fs::remove_all(destination, error);
-    }
-    if (error)
-        fail(destination, FileOperationError::cleanupFailed(destination, error.message() + "."));
+    if (auto removed = TreeRemoval::removeTree(destination, keptLevels_); !removed)
+        fail(destination,
+             FileOperationError::cleanupFailed(destination, FileOperationError::systemText(removed.error()) + "."));
 }
 
 } // namespace orbisk

@@ -1,5 +1,6 @@
 // Performing one item: a rename or a copy into a free name, a replacement, or a merge.
 #include <dirent.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include "operations/ItemStamp.h"
 #include "operations/TransferEngine.h"
 #include "platform/ExclusiveRename.h"
+#include "platform/FolderListing.h"
 #include "support/Translate.h"
 
 namespace orbisk {
@@ -54,7 +56,16 @@ void TransferEngine::performItem(const fs::path& source, const fs::path& folder,
             fail(source, FileOperationError::system(result.error(), "move", source));
             return;
         }
-        // EXDEV: a bind mount shares the device number but not renames; copy and delete instead.
+        // EXDEV: a bind mount shares the device number but not renames; copy and delete instead,
+        // unless that would copy and then empty another volume mounted inside.
+        if (!renamed) {
+            if (const auto mountPoint = mountPointIn(source)) {
+                fail(source,
+                     FileOperationError::mountBoundary(source, *mountPoint, FileOperationError::MountAction::move));
+                leftOnPurpose_.insert(source.native());
+                return;
+            }
+        }
     }
 
     const std::size_t recordsBefore = copiedForMove_.size();
@@ -114,23 +125,37 @@ void TransferEngine::mergeInto(const fs::path& source, const fs::path& existing,
         mergedSources_.insert(source.native());
     }
 
-    DIR* folder = ::opendir(source.c_str());
+    // Deep below the kept levels the listing is read at once, so that it holds no descriptor
+    // while the entries are merged.
+    const bool keep = openLevels_ < keptLevels_;
+    auto folder = FolderListing::open(::open(source.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), keep);
+    struct stat into {};
+    if (folder && ::stat(existing.c_str(), &into) == 0)
+        writtenFolders_.insert({into.st_dev, into.st_ino});
+    struct stat from {};
+    if (folder && ::lstat(source.c_str(), &from) == 0 && writtenFolders_.contains({from.st_dev, from.st_ino}) &&
+        (from.st_dev != into.st_dev || from.st_ino != into.st_ino))
+        folder = std::unexpected(ELOOP);
     if (!folder) {
-        fail(source, FileOperationError::system(errno, "read", source));
+        if (folder.error() == ELOOP)
+            fail(source, FileOperationError::destinationInsideSource(source, existing));
+        else
+            fail(source, FileOperationError::system(folder.error(), "read", source));
         if (mode.move)
             leftOnPurpose_.insert(source.native());
         return;
     }
-    while (const dirent* entry = ::readdir(folder)) {
-        if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0)
-            continue;
+    const OpenLevel level(openLevels_, keep);
+    while (auto entry = folder->next()) {
         if (cancellation_.isCancelled() || stopRequested_)
             break;
-        const fs::path child = source / entry->d_name;
+        const fs::path child = source / entry->name;
+        if (leaveMountedVolume(child, mode.move))
+            continue;
         progress_.update([&](OperationProgress& p) { p.setCurrentPath(child.native()); });
-        performItem(child, existing, entry->d_name, mode, 1);
+        performItem(child, existing, entry->name, mode, 1);
     }
-    ::closedir(folder);
+    folder = std::unexpected(0);
     if (cancellation_.isCancelled() || stopRequested_) {
         // What was merged so far is finished; the folder stays with the rest.
         if (mode.move)

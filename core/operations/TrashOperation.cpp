@@ -5,9 +5,29 @@
 
 #include "operations/FileOperationError.h"
 #include "operations/ItemActions.h"
+#include "platform/MountTable.h"
 #include "support/Paths.h"
 
 namespace orbisk::TrashOperation {
+
+namespace {
+
+// Why the Trash refused an item with EBUSY: it is a mount point or holds one (the Trash checks
+// that first); anything else busy is the system's own message.
+FileOperationError busyItem(const std::filesystem::path& item)
+{
+    std::error_code error;
+    const auto absolute = std::filesystem::absolute(item, error);
+    const auto parent = std::filesystem::canonical(absolute.parent_path(), error);
+    if (auto mounts = MountTable::read(); mounts && !error)
+        if (const MountEntry* inside = mounts->mountAtOrBelow(parent / absolute.filename()))
+            return FileOperationError::mountBoundary(
+                item, inside->mountPoint == parent / absolute.filename() ? item : inside->mountPoint,
+                FileOperationError::MountAction::trash);
+    return FileOperationError::system(EBUSY, "move", item);
+}
+
+} // namespace
 
 OperationReport run(const std::vector<std::filesystem::path>& items, const CancellationToken& cancellation,
                     OperationProgressTracker& progress)
@@ -37,6 +57,8 @@ OperationReport run(const std::vector<std::filesystem::path>& items, const Cance
             } else if (auto location = trash.moveToTrash(item)) {
                 report.completed.push_back({item, *location});
                 report.undoChanges.push_back(UndoChange::trashed(item, *location));
+            } else if (location.error() == EBUSY) {
+                report.failures.push_back({item, busyItem(item)});
             } else if (location.error() == ENOENT) {
                 report.failures.push_back({item, FileOperationError::itemMissing(item)});
             } else {

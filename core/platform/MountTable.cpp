@@ -140,6 +140,14 @@ std::filesystem::path MountTable::mountPointOf(const std::filesystem::path& path
     return entry ? entry->mountPoint : std::filesystem::path("/");
 }
 
+const MountEntry* MountTable::mountAtOrBelow(const std::filesystem::path& realPath) const
+{
+    for (const auto& entry : entries_)
+        if (leads(realPath.native(), entry.mountPoint.native()))
+            return &entry;
+    return nullptr;
+}
+
 bool MountTable::isMounted(const std::filesystem::path& mountPoint) const
 {
     return std::ranges::any_of(entries_, [&](const MountEntry& e) { return e.mountPoint == mountPoint; });

@@ -46,6 +46,12 @@ public:
     /// The mount point holding path, "/" when nothing else does.
     [[nodiscard]] std::filesystem::path mountPointOf(const std::filesystem::path& path) const;
 
+    /// The first mount whose mount point is realPath itself or lies inside it (by whole
+    /// components), in the table's order; null when nothing is mounted there or below. realPath
+    /// must be resolved, as for mountOf(). This is how a folder that holds another volume is told,
+    /// bind mounts included, which share the device number of their file system.
+    [[nodiscard]] const MountEntry* mountAtOrBelow(const std::filesystem::path& realPath) const;
+
     /// Whether something is mounted at mountPoint.
     [[nodiscard]] bool isMounted(const std::filesystem::path& mountPoint) const;
 

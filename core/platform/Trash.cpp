@@ -193,6 +193,9 @@ std::expected<fs::path, int> Trash::moveToTrash(const fs::path& item) const
     const MountEntry* itemMount = mounts.mountOf(*real);
     if (!itemMount)
         return Failure(ENOENT);
+    // Checked before a trash folder is made, which on a mount point would land on the mounted volume.
+    if (mounts.mountAtOrBelow(*real))
+        return Failure(EBUSY);
 
     // The home trash takes items of its own mount; a bind mount of the same file system does not
     // count, since rename(2) cannot cross it.

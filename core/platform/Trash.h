@@ -30,7 +30,9 @@ public:
     /// Moves item (a link is moved, not followed) into the trash of its volume and returns where it
     /// is now. The trash folders are made when missing. On failure, an errno: ENOENT when the item is
     /// gone, EXDEV when the chosen trash is not on the item's volume after all (nothing is copied);
-    /// the item is then where it was and no .trashinfo file is left behind.
+    /// the item is then where it was and no .trashinfo file is left behind. EBUSY, before anything
+    /// is made, when the item is the mount point of a volume or holds one: renaming a mount point
+    /// fails anyway, and a volume inside the Trash would be erased with it.
     [[nodiscard]] std::expected<std::filesystem::path, int> moveToTrash(const std::filesystem::path& item) const;
 
     /// Moves an item back out of a trash to original, never replacing anything there (EEXIST), and

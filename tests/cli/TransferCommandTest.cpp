@@ -94,6 +94,36 @@ TEST(TransferCommand, FailuresAndUsageErrorsHaveTheirExitStatus)
     EXPECT_FALSE(tree.exists("F/a.txt"));
 }
 
+TEST(TransferCommand, ATreeFourHundredFoldersDeepIsCopiedAndMovedUnderTheUsualLimit)
+{
+    TempTree tree;
+    TempTree other("/dev/shm");
+    std::string deepest = "src";
+    for (int level = 0; level < 400; ++level) {
+        deepest += "/d";
+        tree.file(deepest + "/f", std::to_string(level));
+    }
+    tree.folder("dst");
+    // Both limits at the usual 1,024, so that raising the soft one to the hard one gains nothing.
+    const auto limited = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(),
+                         {"sh", "-c", "ulimit -n 1024 && exec \"$@\"", "sh", test::binary("orbisk-cli").native()});
+        return test::run(arguments, tree.root(), {"XDG_DATA_HOME=" + (tree / "data").native()});
+    };
+
+    auto result = limited({"copy", "--record", "history.json", "src", "dst"});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_TRUE(tree.exists(deepest.replace(0, 3, "dst/src") + "/f"));
+    EXPECT_NE(tree.read("history.json").find((tree / "dst/src").native()), std::string::npos);
+
+    result = limited({"move", "--record", "history.json", "dst/src", other.root().native()});
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_FALSE(tree.exists("dst/src"));
+    EXPECT_TRUE(other.exists(deepest.substr(4) + "/f"));
+    EXPECT_EQ(other.read(deepest.substr(4) + "/f"), "399");
+    EXPECT_NE(tree.read("history.json").find((other / "src").native()), std::string::npos);
+}
+
 TEST(TransferCommand, ARecordFileGetsTheUndoChanges)
 {
     TempTree tree;

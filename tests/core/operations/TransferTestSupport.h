@@ -35,6 +35,27 @@ private:
     bool mounted_ = false;
 };
 
+/// A bind mount of one folder on another, undone on destruction; mounted() is false without root.
+class BindMount {
+public:
+    BindMount(const std::filesystem::path& from, const std::filesystem::path& onto) : onto_(onto)
+    {
+        mounted_ = ::mount(from.c_str(), onto_.c_str(), nullptr, MS_BIND, nullptr) == 0;
+    }
+    ~BindMount()
+    {
+        if (mounted_)
+            ::umount2(onto_.c_str(), MNT_DETACH);
+    }
+    BindMount(const BindMount&) = delete;
+    BindMount& operator=(const BindMount&) = delete;
+    [[nodiscard]] bool mounted() const { return mounted_; }
+
+private:
+    std::filesystem::path onto_;
+    bool mounted_ = false;
+};
+
 /// Every entry below folder, relative to it, sorted.
 inline std::vector<std::string> entriesBelow(const std::filesystem::path& folder)
 {
