@@ -82,6 +82,8 @@ Report compute(const std::filesystem::path& folder, const CancellationToken& can
         return report;
     }
 
+    // In name order, so that a file hard-linked under two children is always counted with the same one.
+    std::ranges::sort(*children, {}, &FileItem::name);
     FolderSize::InodeSet seenHardLinks;
     FolderSize::InodeSet seenFolders{static_cast<std::uint64_t>(own.st_ino)};
     report.entries.reserve(children->size());

@@ -27,7 +27,7 @@ struct Entry {
     bool operator==(const Entry&) const = default;
 };
 
-/// The growing report: entries in listing order (the view sorts them).
+/// The growing report: entries in byte order of their names (the view sorts them).
 struct Report {
     std::filesystem::path folder;
     std::vector<Entry> entries;
