@@ -188,11 +188,14 @@ void BreakdownView::present()
             row->setText(sizeColumn, QStringLiteral("—"));
             row->setToolTip(nameColumn,
                             qtext(translate("Orbisk", "Another volume is mounted here; its contents aren’t counted.")));
+        } else if (!entry.isComplete && entry.size.folders == 0) {
+            row->setText(sizeColumn, QStringLiteral("…")); // waiting for its turn
         } else {
             row->setText(sizeColumn, qtext(formatByteCount(entry.size.bytes)) +
                                          (entry.isComplete ? QString() : QStringLiteral("…")));
         }
-        if (entry.isDirectory && !entry.isOtherVolume)
+        // A folder's own count includes itself; it is known once its walk has begun.
+        if (entry.isDirectory && !entry.isOtherVolume && entry.size.folders > 0)
             row->setText(itemsColumn,
                          qtext(L(translate("Orbisk", "%lld items"), entry.size.files + entry.size.folders - 1)));
         row->setTextAlignment(sizeColumn, Qt::AlignRight | Qt::AlignVCenter);

@@ -74,10 +74,10 @@ FindWindow::FindWindow(const std::filesystem::path& folder, QWidget* parent) : Q
     list_->setHeaderLabels({qtext(translate("Orbisk", "Name")), qtext(translate("Orbisk", "Folder")),
                             qtext(translate("Orbisk", "Size")), qtext(translate("Orbisk", "Date Modified")),
                             qtext(translate("Orbisk", "Line"))});
-    list_->header()->resizeSection(nameColumn, 220);
+    list_->header()->resizeSection(nameColumn, 200);
     list_->header()->resizeSection(folderColumn, 260);
     list_->header()->resizeSection(sizeColumn, 80);
-    list_->header()->resizeSection(dateColumn, 130);
+    list_->header()->resizeSection(dateColumn, 150);
     list_->installEventFilter(this);
     summary_ = new QLabel(this);
 
