@@ -35,6 +35,7 @@ std::expected<Options, int> parse(std::span<const std::string> arguments)
 {
     Options options;
     options.search.maxResults = std::numeric_limits<std::int64_t>::max();
+    options.search.describeMatches = false; // only paths are printed
     bool optionsEnded = false;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const auto& argument = arguments[i];

@@ -106,7 +106,7 @@ public:
             if (!line)
                 return next;
         }
-        report(folder, entry.name, hidden, status, std::move(line));
+        report(folder, entry.name, type, hidden, status, std::move(line));
         if (cancellation_.isCancelled()) {
             // Checked at each match as well: a user who saw enough stops the search from its results.
             summary.cancelled = true;
@@ -175,12 +175,19 @@ private:
         return std::nullopt;
     }
 
-    void report(TreeWalk::Folder& folder, std::string_view name, bool hidden, std::optional<struct stat> status,
-                std::optional<ContentMatch> line)
+    void report(TreeWalk::Folder& folder, std::string_view name, unsigned char type, bool hidden,
+                std::optional<struct stat> status, std::optional<ContentMatch> line)
     {
         FoundItem found{FileItem(folder.path(), std::string(name)), std::move(line)};
         FileItem& item = found.item;
         item.isHidden = hidden;
+        if (!options_.describeMatches && type != DT_UNKNOWN) {
+            item.isDirectory = type == DT_DIR;
+            pending_.push_back(std::move(found));
+            ++summary.matched;
+            handOverIfDue();
+            return;
+        }
         if (!status)
             status = statOf(folder, name);
         if (status) {

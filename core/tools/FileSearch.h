@@ -30,6 +30,9 @@ struct FileSearchOptions {
     std::size_t batchSize = 200;
     std::chrono::milliseconds batchInterval{250};
     std::size_t blockSize = 1 << 20; ///< the read buffer of the content search
+    /// Whether each match is described as a pane lists it (size, date, link target), at one
+    /// status call more per match; without it an item has its location and folder flag only.
+    bool describeMatches = true;
 };
 
 struct FileSearchSummary {

@@ -268,6 +268,35 @@ TEST(FileSearch, FindsContentWithItsLineAndSkipsBinaryFiles)
     EXPECT_EQ(broken.error().reason, "U_REGEX_MISMATCHED_PAREN");
 }
 
+TEST(FileSearch, TellsBinaryFromTextByZeroBytesAndTheShareOfControlCharacters)
+{
+    // Control characters at the 5 % line, placed across the whole examined length (and beyond it,
+    // where they no longer count); tab, line feed, form feed, carriage return and escape are text.
+    for (const std::size_t length : {15u, 16u, 1000u, 4081u, 65536u, 100000u}) {
+        SCOPED_TRACE(length);
+        const std::size_t examined = std::min<std::size_t>(length, 65536);
+        std::string text(length, 'a');
+        for (std::size_t i = 0; i < length; i += 3)
+            text[i] = "\t\n\f\r\x1b"[i % 5];
+        const std::size_t allowed = examined / 20;
+        for (std::size_t k = 0; k < allowed; ++k)
+            text[(k * 7919 % examined) / 3 * 3 + 1] = '\x01';
+        EXPECT_FALSE(looksBinary(text)) << "at exactly 5 %";
+        if (length > examined) {
+            text[examined] = '\x02';
+            EXPECT_FALSE(looksBinary(text)) << "past what is examined";
+        }
+        std::size_t spot = 2;
+        while (text[spot] == '\x01')
+            spot += 3;
+        text[spot] = '\x7f' - 0x70; // one more control character (0x0f)
+        EXPECT_TRUE(looksBinary(text)) << "above 5 %";
+    }
+    EXPECT_FALSE(looksBinary(std::string()));
+    EXPECT_FALSE(looksBinary(std::string(70000, 'a') + std::string(1, '\0'))) << "a zero byte beyond what is examined";
+    EXPECT_TRUE(looksBinary(std::string("text\0", 5)));
+}
+
 TEST(FileSearch, FindsTheSameFilesAsGrep)
 {
     if (!test::haveProgram("grep"))
