@@ -91,6 +91,12 @@ BreakdownView::~BreakdownView()
     stopWorker();
 }
 
+void BreakdownView::stopMeasuring()
+{
+    if (token_)
+        token_->cancel();
+}
+
 void BreakdownView::stopWorker()
 {
     if (token_)

@@ -29,6 +29,8 @@ public:
     /// Measures folder and shows it (nothing happens when it is already the one shown).
     void showFolder(const std::filesystem::path& folder);
     [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
+    /// Asks the running measurement to stop, without waiting for it.
+    void stopMeasuring();
     /// The report shown now.
     [[nodiscard]] const FolderBreakdown::Report& report() const { return report_; }
     [[nodiscard]] QTreeWidget* list() const { return list_; }

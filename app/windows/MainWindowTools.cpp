@@ -96,8 +96,12 @@ void MainWindow::closeBreakdown()
     if (!breakdown_)
         return;
     const bool hadFocus = breakdown_->list()->hasFocus();
-    // Deleting joins its worker, which stops within 512 items of the cancel.
-    delete std::exchange(breakdown_, nullptr);
+    // Esc reaches here from inside the view's own key handling, so it goes once that is over;
+    // its worker is told to stop now and joined when the view is deleted.
+    auto* closing = std::exchange(breakdown_, nullptr);
+    closing->stopMeasuring();
+    closing->hide();
+    closing->deleteLater();
     paneWidget(breakdownSide_).show();
     if (hadFocus)
         paneWidget(active_).list()->setFocus(Qt::OtherFocusReason);

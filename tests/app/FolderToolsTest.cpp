@@ -189,5 +189,29 @@ TEST_F(FolderToolsTest, FindWindowListsResultsAndShowsTheChosenOneInThePane)
     EXPECT_EQ(find->summaryText(), "The regular expression isn’t valid (U_REGEX_MISMATCHED_PAREN).");
 }
 
+TEST_F(FolderToolsTest, TheCatalogKeysReachTheTools)
+{
+    auto* list = window_->paneWidget(Side::left).list();
+    list->setFocus();
+    focusRow(left(), "big", true);
+    QTest::keyClick(list, Qt::Key_Return, Qt::AltModifier | Qt::ShiftModifier);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return left().folderSizes().size() == 1; }));
+    EXPECT_EQ(left().directory(), home_ / "left"); // measured, not entered
+
+    QTest::keyClick(list, Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_NE(window_->breakdown(), nullptr);
+    window_->breakdown()->list()->setFocus();
+    QTest::keyClick(window_->breakdown()->list(), Qt::Key_Escape);
+    EXPECT_EQ(window_->breakdown(), nullptr);
+    EXPECT_EQ(QApplication::focusWidget(), list);
+    QTest::keyClick(list, Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier);
+    ASSERT_NE(window_->breakdown(), nullptr);
+    QTest::keyClick(list, Qt::Key_B, Qt::ControlModifier | Qt::ShiftModifier); // again to close
+    EXPECT_EQ(window_->breakdown(), nullptr);
+
+    QTest::keyClick(list, Qt::Key_F, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_NE(window_->findChild<FindWindow*>(), nullptr);
+}
+
 } // namespace
 } // namespace orbisk::test

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <fstream>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -180,7 +181,19 @@ std::optional<std::pair<int, std::string>> interrupted(const std::vector<std::st
         ::_exit(127);
     }
     ::close(errors[1]);
-    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    // Interrupt only once the program catches SIGINT (its handler shows in SigCgt), else the
+    // signal would end it before it could cancel anything.
+    const auto catchesInterrupt = [pid] {
+        std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with("SigCgt:"))
+                return (std::stoull(line.substr(7), nullptr, 16) >> (SIGINT - 1) & 1) != 0;
+        }
+        return false;
+    };
+    while (!catchesInterrupt() && ::waitpid(pid, nullptr, WNOHANG) == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
     const bool stillRunning = ::waitpid(pid, nullptr, WNOHANG) == 0;
     if (stillRunning)
         ::kill(pid, SIGINT);
