@@ -30,6 +30,14 @@ bool AppSettings::showFunctionKeyBar() const
 {
     return store_->value("showFunctionKeyBar", true).toBool();
 }
+bool AppSettings::breakdownFollowsCursor() const
+{
+    return store_->value("breakdownFollowsCursor", true).toBool();
+}
+void AppSettings::setBreakdownFollowsCursor(bool on)
+{
+    setFlag("breakdownFollowsCursor", on);
+}
 bool AppSettings::pseudoLanguage() const
 {
     return store_->value("OrbiskPseudoLanguage", false).toBool();

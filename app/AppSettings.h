@@ -28,6 +28,9 @@ public:
     [[nodiscard]] bool watchDirectories() const;
     [[nodiscard]] bool showFunctionKeyBar() const;
     [[nodiscard]] bool pseudoLanguage() const;
+    /// Whether the folder breakdown shows the folder under the other pane's cursor as it moves.
+    [[nodiscard]] bool breakdownFollowsCursor() const;
+    void setBreakdownFollowsCursor(bool on);
     void setShowHiddenFiles(bool on);
     void setDirectoriesFirst(bool on);
     void setWatchDirectories(bool on);

@@ -23,7 +23,7 @@ PaneRows rows(const std::filesystem::path& folder, const std::shared_ptr<const F
 }
 
 std::string statusText(const PaneRows& rows, const std::vector<bool>& selected, std::size_t unfilteredCount,
-                       bool filterActive)
+                       bool filterActive, const FolderSizes& folderSizes)
 {
     long long listed = 0;
     long long selectedCount = 0;
@@ -34,7 +34,12 @@ std::string statusText(const PaneRows& rows, const std::vector<bool>& selected, 
         ++listed;
         if (i < selected.size() && selected[i]) {
             ++selectedCount;
-            selectedBytes += rows[i].size.value_or(0);
+            if (rows[i].isDirectory && !folderSizes.empty()) {
+                const auto measured = folderSizes.find(std::string_view(rows[i].urlBytes()));
+                selectedBytes += measured == folderSizes.end() ? 0 : measured->second;
+            } else {
+                selectedBytes += rows[i].size.value_or(0);
+            }
         }
     }
     std::string text = selectedCount == 0 ? L(translate("Orbisk", "%lld items"), listed)

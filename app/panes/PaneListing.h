@@ -33,8 +33,10 @@ struct Arrangement {
 
 /// "%lld items", or "%lld of %lld selected, %@" with the selected bytes; " (filtered from %lld)"
 /// follows when a filter hides some. Counts never include the ".." row.
+/// Selected folders count with their measured size from folderSizes, when they have one.
 [[nodiscard]] std::string statusText(const PaneRows& rows, const std::vector<bool>& selected,
-                                     std::size_t unfilteredCount, bool filterActive);
+                                     std::size_t unfilteredCount, bool filterActive,
+                                     const FolderSizes& folderSizes = {});
 
 /// "%@ available of %@", or nothing when the capacity is unknown.
 [[nodiscard]] std::string freeSpaceText(const std::optional<Paths::VolumeCapacity>& capacity);

@@ -4,6 +4,7 @@
 #include "files/DirectoryReader.h"
 #include "files/WildcardPattern.h"
 #include "panes/FolderWatch.h"
+#include "support/ByteCount.h"
 #include "support/L10n.h"
 
 #include <QFutureWatcher>
@@ -24,6 +25,28 @@ struct PaneViewController::LoadResult {
 };
 
 namespace {
+
+/// Forgets the measured size of every folder whose modification time differs in fresh, or that
+/// is gone: a folder that changed no longer has the size it was measured at.
+void dropChangedFolderSizes(PaneTab& tab, const FolderListing& fresh)
+{
+    if (tab.folderSizes.empty() || !tab.listing)
+        return;
+    std::unordered_map<std::string, std::optional<FileItem::Date>> before;
+    for (const auto& item : tab.listing->items) {
+        if (item.isDirectory)
+            before.emplace(item.urlBytes(), item.modificationDate);
+    }
+    FolderSizes kept;
+    for (const auto& item : fresh.items) {
+        const auto url = item.urlBytes();
+        const auto size = tab.folderSizes.find(std::string_view(url));
+        const auto old = before.find(url);
+        if (size != tab.folderSizes.end() && old != before.end() && old->second == item.modificationDate)
+            kept.emplace(size->first, size->second);
+    }
+    tab.folderSizes = std::move(kept);
+}
 
 bool sameArrangement(const PaneListing::Arrangement& a, const PaneListing::Arrangement& b)
 {
@@ -154,6 +177,7 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
         }
     }
     if (sameFolder) {
+        dropChangedFolderSizes(current, **result.listing);
         current.selectedNames = selectedNames();
         if (const auto focused = focusedItem())
             current.focusedName = focused->name();
@@ -161,6 +185,7 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
         current.selectedNames.clear();
         current.focusedName.reset();
         current.folderSizes.clear();
+        measuring_.clear();
     }
     if (pendingSelection_ && sameFolder && !pendingSelection_->empty()) {
         current.selectedNames = {pendingSelection_->begin(), pendingSelection_->end()};
@@ -354,12 +379,56 @@ void PaneViewController::preferencesChanged()
         startWatching();
 }
 
+std::optional<std::string> PaneViewController::folderSizeText(const FileItem& item) const
+{
+    const auto url = item.urlBytes();
+    if (const auto running = measuring_.find(url); running != measuring_.end())
+        return formatByteCount(running->second) + "…";
+    const auto& sizes = activeTab().folderSizes;
+    if (const auto measured = sizes.find(std::string_view(url)); measured != sizes.end())
+        return formatByteCount(measured->second);
+    return std::nullopt;
+}
+
+void PaneViewController::setFolderSize(const std::filesystem::path& folder, std::int64_t bytes, bool final)
+{
+    if (Paths::parentFolder(folder) != directory())
+        return;
+    if (!final) {
+        measuring_[folder.native()] = bytes;
+        emit folderSizesChanged();
+        return;
+    }
+    measuring_.erase(folder.native());
+    auto& tab = activeTab();
+    tab.folderSizes[folder] = bytes;
+    if (tab.sort.column == SortColumn::size) {
+        // The new size may move the folder: arrange again, keeping selection and focus.
+        tab.selectedNames = selectedNames();
+        if (const auto focused = focusedItem())
+            tab.focusedName = focused->name();
+        applyListing({}, {});
+        return;
+    }
+    emit folderSizesChanged();
+    emit statusChanged();
+}
+
+void PaneViewController::forgetRunningSizes()
+{
+    if (measuring_.empty())
+        return;
+    measuring_.clear();
+    emit folderSizesChanged();
+}
+
 std::string PaneViewController::statusText() const
 {
     if (notice_ && notice_->directory == directory())
         return notice_->text;
     const auto& tab = activeTab();
-    return PaneListing::statusText(rows_, selected_, tab.listing ? tab.listing->items.size() : 0, !tab.filter.empty());
+    return PaneListing::statusText(rows_, selected_, tab.listing ? tab.listing->items.size() : 0, !tab.filter.empty(),
+                                   tab.folderSizes);
 }
 
 } // namespace orbisk

@@ -20,6 +20,7 @@
 #include <set>
 #include <string>
 #include <system_error>
+#include <unordered_map>
 #include <vector>
 
 namespace orbisk {
@@ -115,6 +116,17 @@ public:
     /// Lists again when showing hidden files or folders-first changed; follows watchDirectories.
     void preferencesChanged();
 
+    /// Measured sizes of the shown folder's subfolders, by path; forgotten when the folder changes.
+    [[nodiscard]] const FolderSizes& folderSizes() const { return activeTab().folderSizes; }
+    /// The Size column's text for a folder row: its measured size, the count so far with "…"
+    /// while it is being measured, or nothing.
+    [[nodiscard]] std::optional<std::string> folderSizeText(const FileItem& item) const;
+    /// A measurement of folder, a subfolder of the shown one, has reached bytes (done when
+    /// final). Ignored when the pane shows another folder by now.
+    void setFolderSize(const std::filesystem::path& folder, std::int64_t bytes, bool final);
+    /// Measuring stopped: the running counts go, the finished sizes stay.
+    void forgetRunningSizes();
+
     [[nodiscard]] std::string statusText() const;
     [[nodiscard]] std::string freeSpaceText() const { return freeSpace_; }
 
@@ -133,6 +145,8 @@ signals:
     /// A folder was shown by the user's own navigation (for the recent locations).
     void visited(const std::filesystem::path& folder);
     void openFailed(const QString& message);
+    /// Some folder sizes in the Size column changed (rows and their order did not).
+    void folderSizesChanged();
 
 private:
     struct LoadResult;
@@ -174,6 +188,8 @@ private:
     QTimer watchDebounce_;
     bool pendingGone_ = false;
     std::unique_ptr<FolderWatch> watcher_;
+    /// Sizes so far of the subfolders being measured, by path.
+    std::unordered_map<std::string, std::int64_t> measuring_;
 };
 
 } // namespace orbisk

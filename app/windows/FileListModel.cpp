@@ -45,6 +45,12 @@ void FileListModel::reset()
     endResetModel();
 }
 
+void FileListModel::sizesChanged()
+{
+    if (!rows_.empty())
+        emit dataChanged(index(0, size), index(static_cast<int>(rows_.size()) - 1, size), {Qt::DisplayRole});
+}
+
 SortColumn FileListModel::sortColumn(int column)
 {
     switch (column) {
@@ -85,6 +91,10 @@ QVariant FileListModel::data(const QModelIndex& index, int role) const
         switch (index.column()) {
         case name: return isolated(QString::fromStdString(DisplayText::displayName(item.name())));
         case size:
+            if (item.isDirectory && folderSizeText_) {
+                if (const auto text = folderSizeText_(item))
+                    return isolated(QString::fromStdString(*text));
+            }
             if (item.isDirectory || !item.size)
                 return QStringLiteral("—");
             return isolated(QString::fromStdString(formatByteCount(*item.size)));

@@ -7,6 +7,9 @@
 
 #include <QAbstractTableModel>
 
+#include <functional>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace orbisk {
@@ -19,6 +22,12 @@ public:
     enum Column { name, size, date, kind, columnCount_ };
 
     FileListModel(const PaneRows& rows, KindTexts& kinds, QObject* parent = nullptr);
+
+    /// What the Size column shows for a folder instead of "—" (a measured size), or nothing.
+    using FolderSizeText = std::function<std::optional<std::string>(const FileItem&)>;
+    void setFolderSizeText(FolderSizeText text) { folderSizeText_ = std::move(text); }
+    /// The Size column changed for some folders: redraw it without starting the view over.
+    void sizesChanged();
 
     /// The rows were replaced: every view starts over.
     void reset();
@@ -38,6 +47,7 @@ public:
 private:
     const PaneRows& rows_;
     KindTexts& kinds_;
+    FolderSizeText folderSizeText_;
 };
 
 } // namespace orbisk

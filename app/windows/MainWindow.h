@@ -17,10 +17,13 @@
 class QAction;
 class QMenu;
 class QSplitter;
+class QTimer;
 
 namespace orbisk {
 
 class AppSettings;
+class BreakdownView;
+class FolderSizeJobs;
 class FileCommands;
 class FileUndoCenter;
 class FunctionKeyBar;
@@ -62,6 +65,8 @@ public:
     /// After an operation: both panes list their folders again and select what the report says
     /// ended up in them.
     void showResults(const OperationReport& report);
+    /// The folder breakdown while it stands in for a pane; null when it is closed.
+    [[nodiscard]] BreakdownView* breakdown() const { return breakdown_; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -83,6 +88,13 @@ private:
     void goToFavorite(std::size_t index);
     void refreshFavorites();
     void updateUndoCommands();
+    // Folder sizes, the breakdown and the Find window.
+    void buildToolCommands(QMenu* commands, QMenu* edit);
+    void calculateFolderSizes();
+    void toggleBreakdown();
+    void closeBreakdown();
+    void followCursorInBreakdown();
+    void findFiles();
 
     AppSettings& settings_;
     /// Shared with the panes' workers, which may still be sorting by kind while the window closes.
@@ -99,6 +111,10 @@ private:
     std::map<ShortcutCommand, QAction*> commands_;
     QAction* functionKeyBarToggle_ = nullptr;
     FileCommands* files_ = nullptr;
+    FolderSizeJobs* sizeJobs_ = nullptr;
+    BreakdownView* breakdown_ = nullptr; ///< shown in place of the pane on breakdownSide_
+    Side breakdownSide_ = Side::right;
+    QTimer* breakdownFollow_ = nullptr;
     // Declared last so that the runner goes first: it waits for its workers before anything they
     // report to is destroyed.
     std::unique_ptr<FileUndoCenter> undo_;

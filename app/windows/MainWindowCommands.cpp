@@ -8,6 +8,7 @@
 #include "support/DisplayText.h"
 #include "support/L10n.h"
 #include "support/Paths.h"
+#include "tools/BreakdownView.h"
 #include "windows/CommandKeys.h"
 #include "windows/FileListView.h"
 #include "windows/FunctionKeyBar.h"
@@ -24,6 +25,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QStandardPaths>
+#include <QTreeWidget>
 
 namespace orbisk {
 namespace {
@@ -141,7 +143,6 @@ void MainWindow::buildCommands()
     edit->addSeparator();
     connect(addCommand(edit, C::filter, translate("Orbisk", "Filter")), &QAction::triggered, this,
             [this] { paneWidget(active_).focusFilter(); });
-    addLaterCommand(edit, C::findFiles, translate("Orbisk", "Find Files…"));
 
     auto* view = menuBar()->addMenu(qtext(translate("Orbisk", "&View")));
     auto* hidden = addCommand(view, C::toggleHiddenFiles, translate("Orbisk", "Show Hidden Files"));
@@ -210,6 +211,13 @@ void MainWindow::buildCommands()
 
     auto* commands = menuBar()->addMenu(qtext(translate("Orbisk", "&Commands")));
     connect(addCommand(commands, C::switchPane, translate("Orbisk", "Switch Pane")), &QAction::triggered, this, [this] {
+        if (breakdown_ && breakdownSide_ == otherSide()) {
+            // The breakdown stands in for the other pane: the keyboard goes there and back.
+            auto* target = breakdown_->list()->hasFocus() ? static_cast<QWidget*>(paneWidget(active_).list())
+                                                          : static_cast<QWidget*>(breakdown_->list());
+            target->setFocus(Qt::TabFocusReason);
+            return;
+        }
         setActiveSide(otherSide());
         paneWidget(active_).list()->setFocus(Qt::TabFocusReason);
     });
@@ -225,10 +233,9 @@ void MainWindow::buildCommands()
             this, [this] { sidebar_->setFocus(Qt::ShortcutFocusReason); });
     commands->addSeparator();
     addLaterCommand(commands, C::ask, translate("Orbisk", "Ask…"));
-    addLaterCommand(commands, C::calculateFolderSizes, translate("Orbisk", "Calculate Folder Sizes"));
     addLaterCommand(commands, C::batchRename, translate("Orbisk", "Batch Rename…"));
     addLaterCommand(commands, C::syncFolders, translate("Orbisk", "Sync Folders…"));
-    addLaterCommand(commands, C::toggleBreakdown, translate("Orbisk", "Folder Breakdown"));
+    buildToolCommands(commands, edit);
 
     auto* window = menuBar()->addMenu(qtext(translate("Orbisk", "&Window")));
     connect(addCommand(window, C::showSettings, translate("Orbisk", "Settings…")), &QAction::triggered, this,

@@ -61,6 +61,7 @@ PaneWidget::PaneWidget(PaneViewController& pane, KindTexts& kinds, QWidget* pare
     tabs_->setFocusPolicy(Qt::NoFocus);
 
     model_ = new FileListModel(pane.rows(), kinds, this);
+    model_->setFolderSizeText([this](const FileItem& item) { return pane_.folderSizeText(item); });
     list_ = new FileListView(this);
     list_->setModel(model_);
     auto* columns = list_->horizontalHeader();
@@ -90,6 +91,7 @@ PaneWidget::PaneWidget(PaneViewController& pane, KindTexts& kinds, QWidget* pare
 
     connect(&pane_, &PaneViewController::rowsChanged, this, &PaneWidget::showRows);
     connect(&pane_, &PaneViewController::selectionChanged, this, &PaneWidget::showSelection);
+    connect(&pane_, &PaneViewController::folderSizesChanged, model_, &FileListModel::sizesChanged);
     connect(&pane_, &PaneViewController::statusChanged, this, [this] { status_->setText(qtext(pane_.statusText())); });
     connect(&pane_, &PaneViewController::busyIndicatorChanged, busy_, &QLabel::setVisible);
     connect(&pane_, &PaneViewController::locationChanged, this, [this] {
