@@ -345,7 +345,10 @@ void PagedTextView::paintEvent(QPaintEvent*)
                     layoutLine(bytes.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(to - from)), 0, 0)
                         .front()
                         .text.size();
-                band = QRect(left + static_cast<int>(before) * advance, y, static_cast<int>(inside) * advance, height);
+                // Measured on the text itself: a fixed font's advance is rarely a whole pixel.
+                const int start = metrics.horizontalAdvance(line.text.left(before));
+                const int end = metrics.horizontalAdvance(line.text.left(before + inside));
+                band = QRect(left + start, y, end - start, height);
             }
             painter.fillRect(band, palette().highlight());
         }
