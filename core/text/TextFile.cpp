@@ -2,6 +2,8 @@
 
 #include "text/UnicodeCodec.h"
 
+#include <algorithm>
+
 namespace orbisk::TextFile {
 namespace {
 
@@ -46,50 +48,49 @@ std::optional<std::string> encode(std::string_view text, TextEncodingKind encodi
 {
     if (!UnicodeCodec::isValidUtf8(text))
         return std::nullopt;
-    std::string ended;
-    if (lineEnding == LineEnding::lf) {
-        ended = text;
-    } else {
-        const auto lineBreakBytes = lineBreak(lineEnding);
-        ended.reserve(text.size() + text.size() / 32);
-        for (const char c : text) {
-            if (c == '\n')
-                ended += lineBreakBytes;
-            else
-                ended.push_back(c);
+    // Line feeds become the file's line ending, written straight after the mark; only UTF-16
+    // needs a second pass, so UTF-8 text is copied once.
+    const auto appendEnded = [lineEnding](std::string& out, std::string_view from) {
+        if (lineEnding == LineEnding::lf) {
+            out.append(from);
+            return;
         }
-    }
+        const auto lineBreakBytes = lineBreak(lineEnding);
+        std::size_t start = 0;
+        for (auto at = from.find('\n'); at != std::string_view::npos; at = from.find('\n', start)) {
+            out.append(from, start, at - start);
+            out.append(lineBreakBytes);
+            start = at + 1;
+        }
+        out.append(from, start);
+    };
     std::string bytes(byteOrderMark(encoding));
-    switch (encoding) {
-    case TextEncodingKind::utf8:
-    case TextEncodingKind::utf8BOM: bytes += ended; return bytes;
-    case TextEncodingKind::utf16LE:
-    case TextEncodingKind::utf16BE: {
-        auto units = UnicodeCodec::utf8ToUtf16(ended, encoding == TextEncodingKind::utf16BE);
-        if (!units)
-            return std::nullopt;
-        bytes += *units;
+    if (encoding == TextEncodingKind::utf8 || encoding == TextEncodingKind::utf8BOM) {
+        bytes.reserve(bytes.size() + text.size() + (lineEnding == LineEnding::crlf ? text.size() / 16 : 0));
+        appendEnded(bytes, text);
         return bytes;
     }
-    }
-    return std::nullopt;
+    std::string ended;
+    if (lineEnding != LineEnding::lf)
+        appendEnded(ended, text);
+    auto units = UnicodeCodec::utf8ToUtf16(lineEnding == LineEnding::lf ? text : std::string_view(ended),
+                                           encoding == TextEncodingKind::utf16BE);
+    if (!units)
+        return std::nullopt;
+    bytes += *units;
+    return bytes;
 }
 
 LineEndingSummary lineEndings(std::string_view text)
 {
-    std::size_t pairs = 0, loneCR = 0, loneLF = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '\r') {
-            if (i + 1 < text.size() && text[i + 1] == '\n') {
-                ++pairs;
-                ++i;
-            } else {
-                ++loneCR;
-            }
-        } else if (text[i] == '\n') {
-            ++loneLF;
-        }
-    }
+    // Counting bytes is vectorised; only the carriage returns need a look at their neighbour.
+    const auto returns = static_cast<std::size_t>(std::ranges::count(text, '\r'));
+    const auto feeds = static_cast<std::size_t>(std::ranges::count(text, '\n'));
+    std::size_t pairs = 0;
+    for (std::size_t at = returns ? text.find('\r') : std::string_view::npos; at != std::string_view::npos;
+         at = text.find('\r', at + 1))
+        pairs += at + 1 < text.size() && text[at + 1] == '\n';
+    const std::size_t loneCR = returns - pairs, loneLF = feeds - pairs;
     LineEndingSummary summary;
     if (pairs > loneLF && pairs >= loneCR)
         summary.dominant = LineEnding::crlf;
@@ -103,15 +104,13 @@ std::string normalizeLineEndings(std::string_view text)
 {
     std::string out;
     out.reserve(text.size());
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '\r') {
-            out.push_back(text[i]);
-            continue;
-        }
+    std::size_t from = 0;
+    for (auto at = text.find('\r'); at != std::string_view::npos; at = text.find('\r', from)) {
+        out.append(text, from, at - from);
         out.push_back('\n');
-        if (i + 1 < text.size() && text[i + 1] == '\n')
-            ++i;
+        from = at + 1 < text.size() && text[at + 1] == '\n' ? at + 2 : at + 1;
     }
+    out.append(text, from);
     return out;
 }
 

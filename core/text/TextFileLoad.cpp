@@ -16,15 +16,20 @@ namespace {
 // read is noticed without reading the rest of it.
 std::expected<std::string, int> readUpTo(int fd, std::int64_t expectedSize, std::int64_t limit)
 {
+    // The buffer is not zeroed first: for a large file, clearing memory that the read overwrites
+    // anyway costs as much as the read.
+    const auto grow = [](std::string& buffer, std::size_t size) {
+        buffer.resize_and_overwrite(size, [](char*, std::size_t n) { return n; });
+    };
     std::string data;
-    data.resize(static_cast<std::size_t>(std::min(expectedSize, limit) + 1));
+    grow(data, static_cast<std::size_t>(std::min(expectedSize, limit) + 1));
     std::size_t used = 0;
     const auto cap = static_cast<std::size_t>(limit) + 1;
     for (;;) {
         if (used == data.size()) {
             if (data.size() >= cap)
                 break;
-            data.resize(std::min(cap, data.size() * 2 + 4096));
+            grow(data, std::min(cap, data.size() * 2 + 4096));
         }
         const ssize_t got = ::read(fd, data.data() + used, data.size() - used);
         if (got < 0) {
@@ -91,12 +96,22 @@ std::expected<LoadedText, TextFileError> load(const std::filesystem::path& path,
         return std::unexpected(TextFileError::of(TextFileError::Kind::binary));
     if (classification.kind == TextClassification::Kind::unknownEncoding)
         return std::unexpected(TextFileError::of(TextFileError::Kind::unsupportedEncoding));
-    auto decoded = decode(data, classification.encoding);
-    if (!decoded) // classify decoded it already; kept for safety should the two ever disagree
+    // UTF-8 is already the text (classify validated it): it is used where it was read, without
+    // another copy of a file that may be tens of megabytes.
+    std::string text;
+    if (classification.encoding == TextEncodingKind::utf8 || classification.encoding == TextEncodingKind::utf8BOM) {
+        text = std::move(data);
+        text.erase(0, byteOrderMark(classification.encoding).size());
+    } else if (auto decoded = decode(data, classification.encoding)) {
+        text = std::move(*decoded);
+    } else { // classify decoded it already; kept should the two ever disagree
         return std::unexpected(TextFileError::of(TextFileError::Kind::unsupportedEncoding));
-    const auto endings = lineEndings(*decoded);
+    }
+    const auto endings = lineEndings(text);
     LoadedText loaded;
-    loaded.text = normalizeLineEndings(*decoded);
+    if (text.find('\r') != std::string::npos)
+        text = normalizeLineEndings(text);
+    loaded.text = std::move(text);
     loaded.encoding = classification.encoding;
     loaded.lineEnding = endings.dominant;
     loaded.hasMixedLineEndings = endings.mixed;
