@@ -2,8 +2,9 @@
 # Times what the viewer and the editor do, against the tools a user would otherwise reach for:
 # the first screen of a 2 GB log (text_view first) against head, the last screen (text_view last)
 # against tail, a find near the end against grep -m1 -b -F, and, for the editor, loading a 32 MB
-# text (TextFile::load: read, check UTF-8, normalise endings) against cat, and saving it
-# (TextFile::save: encode, write a temporary file, fsync, rename) against cat > file && sync file.
+# text (TextFile::load: read, check UTF-8, count and normalise endings) against wc -l and iconv's
+# UTF-8 check, and saving it (TextFile::save: encode, write a temporary file, fsync, rename) against
+# dd with conv=fsync. The program's start (about the same for every command) is measured apart.
 # The commands take turns (A B C, A B C, ...) and medians are reported, with the viewer's peak
 # memory on the large file.
 #
@@ -40,16 +41,18 @@ median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] 
 seconds() {
   local out
   out=$(mktemp)
-  /usr/bin/time -f '%e %U %S' -o "$out" "$@" >/dev/null 2>&1
-  awk '{ printf "%.3f %.3f\n", $1, $2 + $3 }' "$out"
+  /usr/bin/time -f '%e %U %S' -o "$out" "$@" >/dev/null 2>&1 || true
+  tail -1 "$out" | awk '{ printf "%.3f %.3f\n", $1, $2 + $3 }'
   rm -f "$out"
 }
 peak() { /usr/bin/time -f %M "$@" 2>&1 >/dev/null | tail -1; }
 
 declare -A wall cpu
-commands=(first head last tail find grep load cat save copy)
+commands=(start true first head last tail find grep load wc valid iconv save dd)
 run_one() {
   case $1 in
+    start) seconds "$bin/text_view" first /dev/null ;; # refused at once: the cost of starting the program
+    true) seconds true ;;
     first) seconds "$bin/text_view" first "$large" 50 ;;
     head) seconds head -n 50 "$large" ;;
     last) seconds "$bin/text_view" last "$large" 50 ;;
@@ -57,9 +60,11 @@ run_one() {
     find) seconds "$bin/text_view" find "$large" "the needle" ;;
     grep) seconds grep -m1 -b -F "the needle" "$large" ;;
     load) seconds "$bin/text_view" load "$medium" ;;
-    cat) seconds cat "$medium" ;;
+    wc) seconds wc -l "$medium" ;;
+    valid) seconds "$bin/text_view" load "$medium" ;;
+    iconv) seconds iconv -f UTF-8 -t UTF-8 "$medium" ;;
     save) rm -f "$dir/saved.txt"; seconds "$bin/text_view" save "$medium" "$dir/saved.txt" ;;
-    copy) rm -f "$dir/copied.txt"; seconds sh -c 'cat "$1" >"$2" && sync "$2"' sh "$medium" "$dir/copied.txt" ;;
+    dd) rm -f "$dir/copied.txt"; seconds dd if="$medium" of="$dir/copied.txt" bs=1M conv=fsync status=none ;;
   esac
 }
 
@@ -82,9 +87,11 @@ row() {
   printf '%-40s %6.3f %6.3f | %-20s %6.3f %6.3f | ratio wall %s cpu %s\n' "$1" "${wall[$2]}" "${cpu[$2]}" "$3" \
     "${wall[$4]}" "${cpu[$4]}" "$(ratio "${wall[$2]}" "${wall[$4]}")" "$(ratio "${cpu[$2]}" "${cpu[$4]}")"
 }
+row "program start (text_view on /dev/null)" start "true" true
 row "text_view first (first 50 lines)" first "head -n 50" head
 row "text_view last (last 50 lines)" last "tail -n 50" tail
 row "text_view find (match in the last MB)" find "grep -m1 -b -F" grep
-row "TextFile::load (32 MB)" load "cat" cat
-row "TextFile::load + save (32 MB, fsync)" save "cat > f && sync f" copy
+row "TextFile::load (32 MB)" load "wc -l" wc
+row "TextFile::load (32 MB)" valid "iconv -f UTF-8 -t UTF-8" iconv
+row "TextFile::load + save (32 MB, fsync)" save "dd bs=1M conv=fsync" dd
 echo "peak memory (KB): text_view first on the large file $(peak "$bin/text_view" first "$large" 50), last $(peak "$bin/text_view" last "$large" 50), find $(peak "$bin/text_view" find "$large" "the needle"), head $(peak head -n 50 "$large")"

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 
@@ -28,13 +29,14 @@ void lowerAscii(std::string& text)
 
 struct PagedFile::State {
     OwnedFd fd;
+    std::atomic<std::int64_t> size{0}; ///< written by refresh, read by find on another thread too
     std::string memory; ///< the bytes of a view made fromBytes
     // One cached page: scrolling reads the same region many times in a row.
     mutable std::int64_t pageOffset = -1;
     mutable std::string page;
 };
 
-PagedFile::PagedFile(std::unique_ptr<State> state, std::int64_t size) : state_(std::move(state)), size_(size) {}
+PagedFile::PagedFile(std::unique_ptr<State> state) : state_(std::move(state)) {}
 PagedFile::PagedFile(PagedFile&&) noexcept = default;
 PagedFile& PagedFile::operator=(PagedFile&&) noexcept = default;
 PagedFile::~PagedFile() = default;
@@ -56,15 +58,21 @@ std::expected<PagedFile, TextFileError> PagedFile::open(const std::filesystem::p
         return std::unexpected(TextFileError::notRegularFile(path));
     // Reading forward is what a viewer mostly does; the kernel may read ahead generously.
     (void)::posix_fadvise(state->fd.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
-    return PagedFile(std::move(state), status.st_size);
+    state->size = status.st_size;
+    return PagedFile(std::move(state));
 }
 
 PagedFile PagedFile::fromBytes(std::string bytes)
 {
     auto state = std::make_unique<State>();
-    const auto size = static_cast<std::int64_t>(bytes.size());
+    state->size = static_cast<std::int64_t>(bytes.size());
     state->memory = std::move(bytes);
-    return PagedFile(std::move(state), size);
+    return PagedFile(std::move(state));
+}
+
+std::int64_t PagedFile::size() const
+{
+    return state_->size.load(std::memory_order_relaxed);
 }
 
 bool PagedFile::refresh()
@@ -72,18 +80,19 @@ bool PagedFile::refresh()
     if (!state_->fd.isOpen())
         return false;
     struct stat status {};
-    if (::fstat(state_->fd.get(), &status) != 0 || status.st_size == size_)
+    if (::fstat(state_->fd.get(), &status) != 0 || status.st_size == size())
         return false;
-    size_ = status.st_size;
+    state_->size = status.st_size;
     state_->pageOffset = -1;
     return true;
 }
 
 std::string PagedFile::readDirect(std::int64_t offset, std::size_t length) const
 {
-    if (offset < 0 || offset >= size_)
+    const auto total = size();
+    if (offset < 0 || offset >= total)
         return {};
-    length = static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(length), size_ - offset));
+    length = static_cast<std::size_t>(std::min<std::int64_t>(static_cast<std::int64_t>(length), total - offset));
     if (!state_->fd.isOpen())
         return state_->memory.substr(static_cast<std::size_t>(offset), length);
     std::string data(length, '\0');
@@ -103,14 +112,14 @@ std::string PagedFile::readDirect(std::int64_t offset, std::size_t length) const
 
 std::string PagedFile::read(std::int64_t offset, std::size_t length) const
 {
-    if (offset < 0 || offset >= size_ || length == 0)
+    if (offset < 0 || offset >= size() || length == 0)
         return {};
     if (!state_->fd.isOpen() || static_cast<std::int64_t>(length) > pageSize / 2)
         return readDirect(offset, length);
     auto& state = *state_;
     const auto end = offset + static_cast<std::int64_t>(length);
     const auto cachedEnd = state.pageOffset + static_cast<std::int64_t>(state.page.size());
-    if (state.pageOffset < 0 || offset < state.pageOffset || std::min(end, size_) > cachedEnd) {
+    if (state.pageOffset < 0 || offset < state.pageOffset || std::min(end, size()) > cachedEnd) {
         state.pageOffset = std::max<std::int64_t>(0, offset - pageSize / 4) & ~std::int64_t{4095};
         state.page = readDirect(state.pageOffset, static_cast<std::size_t>(pageSize));
     }
@@ -120,7 +129,7 @@ std::string PagedFile::read(std::int64_t offset, std::size_t length) const
 
 std::int64_t PagedFile::lineStart(std::int64_t offset) const
 {
-    offset = std::clamp<std::int64_t>(offset, 0, size_);
+    offset = std::clamp<std::int64_t>(offset, 0, size());
     const auto floor = std::max<std::int64_t>(0, offset - lineSearchLimit);
     // Read backwards in small pieces first: most lines are short.
     for (std::int64_t window = 4096;; window *= 4) {
@@ -139,14 +148,14 @@ std::int64_t PagedFile::lineStart(std::int64_t offset) const
 
 std::int64_t PagedFile::nextLineStart(std::int64_t start) const
 {
-    if (start >= size_)
-        return size_;
-    const auto limit = std::min(size_, start + maximumLineLength);
+    if (start >= size())
+        return size();
+    const auto limit = std::min(size(), start + maximumLineLength);
     for (std::int64_t at = start; at < limit;) {
         const auto piece = std::min<std::int64_t>(4096, limit - at);
         const auto bytes = read(at, static_cast<std::size_t>(piece));
         if (bytes.empty())
-            return size_;
+            return size();
         if (const void* found = std::memchr(bytes.data(), '\n', bytes.size()))
             return at + (static_cast<const char*>(found) - bytes.data()) + 1;
         at += static_cast<std::int64_t>(bytes.size());
@@ -154,12 +163,12 @@ std::int64_t PagedFile::nextLineStart(std::int64_t start) const
     // A long line continues in its next piece; in the region where pieces are counted from the
     // start of the file, the next piece begins at the next multiple.
     const auto next = start + maximumLineLength;
-    return std::min(size_, next);
+    return std::min(size(), next);
 }
 
 std::int64_t PagedFile::stepLines(std::int64_t start, std::int64_t count) const
 {
-    for (; count > 0 && start < size_; --count)
+    for (; count > 0 && start < size(); --count)
         start = nextLineStart(start);
     for (; count < 0 && start > 0; ++count)
         start = lineStart(start - 1);
@@ -174,7 +183,7 @@ std::optional<std::int64_t> PagedFile::find(std::string_view needle, std::int64_
     std::string pattern(needle);
     if (!matchCase)
         lowerAscii(pattern);
-    end = std::min(end, size_);
+    end = std::min(end, size());
     const auto overlap = static_cast<std::int64_t>(pattern.size()) - 1;
     for (std::int64_t at = std::max<std::int64_t>(0, from); at < end; at += findChunk - overlap) {
         if (stop.stop_requested())

@@ -34,8 +34,8 @@ public:
     PagedFile& operator=(PagedFile&&) noexcept;
     ~PagedFile();
 
-    /// The size as last read from the file.
-    [[nodiscard]] std::int64_t size() const { return size_; }
+    /// The size as last read from the file. Any thread.
+    [[nodiscard]] std::int64_t size() const;
     /// Reads the file's size again (for following a growing file); says whether it changed.
     bool refresh();
 
@@ -63,12 +63,11 @@ public:
 
 private:
     struct State;
-    explicit PagedFile(std::unique_ptr<State> state, std::int64_t size);
+    explicit PagedFile(std::unique_ptr<State> state);
     /// Reads without the page cache; safe from any thread.
     [[nodiscard]] std::string readDirect(std::int64_t offset, std::size_t length) const;
 
     std::unique_ptr<State> state_;
-    std::int64_t size_ = 0;
 };
 
 } // namespace orbisk
