@@ -247,10 +247,13 @@ void EditorWindow::ask(QMessageBox* box)
 {
     box->setAttribute(Qt::WA_DeleteOnClose);
     question_ = box;
-    connect(box, &QObject::destroyed, this, [this, box] {
+    // Answered is gone: the box itself is deleted only later, from the event loop.
+    const auto forget = [this, box] {
         if (question_ == box)
             question_ = nullptr;
-    });
+    };
+    connect(box, &QMessageBox::finished, this, forget);
+    connect(box, &QObject::destroyed, this, forget);
     box->open();
 }
 

@@ -19,6 +19,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 
+#include <algorithm>
 #include <fstream>
 
 namespace orbisk::test {
@@ -321,6 +322,52 @@ TEST_F(TextWindowsTest, TheQuickPreviewFollowsTheCursor)
 
     window_->command(C::quickPreview)->trigger();
     EXPECT_FALSE(preview->isVisible());
+}
+
+} // namespace
+} // namespace orbisk::test
+
+namespace orbisk::test {
+namespace {
+
+// Wrapped lines are cut where the view is full, and scrolling by display lines down and back up
+// again lands on the same pieces, tabs and multi-byte characters included.
+TEST(PagedTextViewTest, WrapsLongLinesIntoPiecesThatScrollBothWays)
+{
+    std::string text = "short\n";
+    std::string longLine;
+    for (int i = 0; i < 40; ++i)
+        longLine += "word\t\xC3\xA9t\xC3\xA9 " + std::to_string(i) + " ";
+    text += longLine + "\nlast\n";
+    PagedTextView view;
+    view.resize(300, 400);
+    view.show();
+    view.setFile(std::make_shared<PagedFile>(PagedFile::fromBytes(text)), PagedTextView::Mode::text);
+    view.setWrapping(true);
+    const auto lines = view.visibleLines();
+    ASSERT_GT(lines.size(), 4);
+    EXPECT_EQ(lines.front(), QStringLiteral("short"));
+    const int widest = static_cast<int>(std::ranges::max(lines, {}, &QString::size).size());
+    QString joined;
+    for (int i = 1; i < lines.size() && lines[i] != QStringLiteral("last"); ++i) {
+        EXPECT_LE(lines[i].size(), widest);
+        joined += lines[i];
+    }
+    QString expanded;
+    for (const auto c : QString::fromUtf8(longLine))
+        expanded += c == QLatin1Char('\t') ? QStringLiteral(" ") : QString(c);
+    EXPECT_EQ(joined.simplified(), expanded.simplified()) << "wrapping lost or added text";
+
+    std::vector<std::int64_t> tops{view.topOffset()};
+    for (int i = 0; i < 5; ++i) {
+        QTest::keyClick(&view, Qt::Key_Down);
+        tops.push_back(view.topOffset());
+    }
+    EXPECT_GT(tops.back(), tops[1]);
+    for (int i = 4; i >= 0; --i) {
+        QTest::keyClick(&view, Qt::Key_Up);
+        EXPECT_EQ(view.topOffset(), tops[static_cast<std::size_t>(i)]) << i;
+    }
 }
 
 } // namespace
