@@ -41,6 +41,8 @@ QuickPreview::QuickPreview(QWidget* parent)
       text_(new QPlainTextEdit(this)), image_(new QLabel(this)), message_(new QLabel(this))
 {
     setWindowTitle(qtext(translate("Orbisk", "Quick Preview")));
+    // The keyboard stays with the pane, so that the arrows move the cursor the preview follows.
+    setAttribute(Qt::WA_ShowWithoutActivating);
     resize(520, 420);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 6);

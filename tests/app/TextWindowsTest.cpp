@@ -8,6 +8,8 @@
 #include "text/QuickPreview.h"
 #include "text/TextWindows.h"
 #include "text/ViewerWindow.h"
+#include "windows/FileListView.h"
+#include "windows/PaneWidget.h"
 
 #include <QAction>
 #include <QBuffer>
@@ -303,7 +305,10 @@ TEST_F(TextWindowsTest, TheQuickPreviewFollowsTheCursor)
     home_.file("work/readme.md", "# Title\nSome text\n");
     home_.file("work/blob.bin", std::string("\0\x01\x02\x03", 4));
     focus("readme.md");
-    window_->command(C::quickPreview)->trigger();
+    // The real key on the focused list, as the user presses it.
+    auto* list = window_->paneWidget(window_->activeSide()).list();
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Space);
     auto* preview = window_->texts().preview();
     ASSERT_NE(preview, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->loading(); }));
@@ -320,7 +325,7 @@ TEST_F(TextWindowsTest, TheQuickPreviewFollowsTheCursor)
     EXPECT_EQ(preview->content(), QuickPreview::Content::hex);
     EXPECT_TRUE(preview->shownText().startsWith(QStringLiteral("00000000  00 01 02 03")));
 
-    window_->command(C::quickPreview)->trigger();
+    QTest::keyClick(list, Qt::Key_Y, Qt::ControlModifier);
     EXPECT_FALSE(preview->isVisible());
 }
 
