@@ -30,7 +30,7 @@ void lowerAscii(std::string& text)
 struct PagedFile::State {
     OwnedFd fd;
     std::atomic<std::int64_t> size{0}; ///< written by refresh, read by find on another thread too
-    std::string memory; ///< the bytes of a view made fromBytes
+    std::string memory;                ///< the bytes of a view made fromBytes
     // One cached page: scrolling reads the same region many times in a row.
     mutable std::int64_t pageOffset = -1;
     mutable std::string page;
