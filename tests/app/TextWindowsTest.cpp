@@ -137,7 +137,7 @@ TEST_F(TextWindowsTest, TheViewerPagesTextFindsAndFollowsGrowth)
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return viewer->view()->visibleLines().contains(QStringLiteral("appended while following")); }));
 
-    QTest::keyClick(viewer, Qt::Key_Escape);
+    QTest::keyClick(viewer->view(), Qt::Key_Escape); // where the keyboard is
     EXPECT_TRUE(QTest::qWaitFor([&] { return window_->findChildren<ViewerWindow*>().isEmpty(); }));
 }
 
