@@ -10,6 +10,7 @@
 #include "places/VolumeMonitor.h"
 #include "support/DisplayText.h"
 #include "support/L10n.h"
+#include "text/TextWindows.h"
 #include "windows/FileListView.h"
 #include "windows/FunctionKeyBar.h"
 #include "windows/PaneWidget.h"
@@ -65,8 +66,10 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
         });
         // The status line follows every change of selection and focus, whoever made it.
         connect(pane, &PaneViewController::statusChanged, this, [this, side] {
-            if (side == active_)
+            if (side == active_) {
                 updateCommands();
+                followWithPreview();
+            }
         });
         connect(pane, &PaneViewController::openFailed, this, [this](const QString& message) {
             auto* box = new QMessageBox(QMessageBox::Warning, QStringLiteral("Orbisk"), message, QMessageBox::Ok, this);
@@ -140,6 +143,7 @@ MainWindow::MainWindow(AppSettings& settings, QWidget* parent) : QMainWindow(par
     });
 
     files_ = new FileCommands(*this, settings_);
+    texts_ = new TextWindows(this, openWithDefaultApplication);
     buildCommands();
     buildFunctionKeys();
     updateUndoCommands();
@@ -205,6 +209,10 @@ void MainWindow::setDividerRatio(double ratio)
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
+    if (texts_ && !texts_->mayClose()) {
+        event->ignore(); // an editor asks about its unsaved changes first
+        return;
+    }
     saveSession();
     event->accept();
 }

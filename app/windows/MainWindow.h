@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 class QAction;
@@ -32,6 +33,7 @@ struct OperationReport;
 class PaneViewController;
 class PaneWidget;
 class Sidebar;
+class TextWindows;
 class VolumeMonitor;
 
 class MainWindow : public QMainWindow {
@@ -57,6 +59,8 @@ public:
     [[nodiscard]] QAction* command(ShortcutCommand identifier) const;
     /// The file commands behind the File and Edit menus, the function keys and drops.
     [[nodiscard]] FileCommands& files() const { return *files_; }
+    /// The viewer, editor and quick preview windows opened from the panes.
+    [[nodiscard]] TextWindows& texts() const { return *texts_; }
 
     /// The window's file operations: every command that changes the disk runs through it.
     [[nodiscard]] OperationRunner& operations() const { return *runner_; }
@@ -95,6 +99,9 @@ private:
     void closeBreakdown();
     void followCursorInBreakdown();
     void findFiles();
+    /// The file under the active pane's cursor, for the viewer, the editor and the preview.
+    [[nodiscard]] std::optional<std::filesystem::path> focusedFile(bool foldersToo) const;
+    void followWithPreview();
 
     AppSettings& settings_;
     /// Shared with the panes' workers, which may still be sorting by kind while the window closes.
@@ -115,6 +122,7 @@ private:
     BreakdownView* breakdown_ = nullptr; ///< shown in place of the pane on breakdownSide_
     Side breakdownSide_ = Side::right;
     QTimer* breakdownFollow_ = nullptr;
+    TextWindows* texts_ = nullptr;
     // Declared last so that the runner goes first: it waits for its workers before anything they
     // report to is destroyed.
     std::unique_ptr<FileUndoCenter> undo_;

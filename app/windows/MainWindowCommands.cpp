@@ -9,6 +9,7 @@
 #include "support/L10n.h"
 #include "support/Paths.h"
 #include "tools/BreakdownView.h"
+#include "text/TextWindows.h"
 #include "windows/CommandKeys.h"
 #include "windows/FileListView.h"
 #include "windows/FunctionKeyBar.h"
@@ -73,8 +74,14 @@ void MainWindow::buildCommands()
     connect(addCommand(file, C::closeTab, translate("Orbisk", "Close Tab")), &QAction::triggered, this,
             [this] { activePane().closeTab(activePane().activeTabIndex()); });
     file->addSeparator();
-    addLaterCommand(file, C::viewFile, translate("Orbisk", "View File"));
-    addLaterCommand(file, C::editFile, translate("Orbisk", "Edit File"));
+    connect(addCommand(file, C::viewFile, translate("Orbisk", "View File")), &QAction::triggered, this, [this] {
+        if (const auto path = focusedFile(false))
+            texts_->view(*path);
+    });
+    connect(addCommand(file, C::editFile, translate("Orbisk", "Edit File")), &QAction::triggered, this, [this] {
+        if (const auto path = focusedFile(false))
+            texts_->edit(*path);
+    });
     connect(addCommand(file, C::copyToOtherPane, translate("Orbisk", "Copy to Other Pane…")), &QAction::triggered, this,
             [this] { files_->copyToOtherPane(); });
     connect(addCommand(file, C::moveToOtherPane, translate("Orbisk", "Move to Other Pane…")), &QAction::triggered, this,
@@ -93,7 +100,10 @@ void MainWindow::buildCommands()
             [this] { files_->moveToTrash(); });
     addLaterCommand(file, C::compressToOtherPane, translate("Orbisk", "Compress to ZIP"));
     addLaterCommand(file, C::extractToOtherPane, translate("Orbisk", "Extract ZIP"));
-    addLaterCommand(file, C::quickPreview, translate("Orbisk", "Quick Look"));
+    connect(addCommand(file, C::quickPreview, translate("Orbisk", "Quick Preview")), &QAction::triggered, this, [this] {
+        if (const auto path = focusedFile(true))
+            texts_->togglePreview(*path);
+    });
     addLaterCommand(file, C::revealInFileManager, translate("Orbisk", "Show in File Manager"));
     file->addSeparator();
     connect(addCommand(file, C::closeWindow, translate("Orbisk", "Close Window")), &QAction::triggered, this,
@@ -284,6 +294,9 @@ void MainWindow::updateCommands()
         command(identifier)->setEnabled(selection);
     const auto focused = pane.focusedItem();
     command(C::renameInPlace)->setEnabled(focused && !focused->isParentLink);
+    command(C::viewFile)->setEnabled(focusedFile(false).has_value());
+    command(C::editFile)->setEnabled(focusedFile(false).has_value());
+    command(C::quickPreview)->setEnabled(focusedFile(true).has_value() || texts_->previewShown());
     command(C::toggleHiddenFiles)->setChecked(settings_.showHiddenFiles());
     functionKeyBarToggle_->setText(qtext(settings_.showFunctionKeyBar()
                                              ? translate("Orbisk", "Hide Function Key Bar")
@@ -302,6 +315,20 @@ void MainWindow::updateUndoCommands()
     command(C::undo)->setEnabled(undo_->canUndo());
     command(C::redo)->setText(menuText(undo_->redoText()));
     command(C::redo)->setEnabled(undo_->canRedo());
+}
+
+std::optional<std::filesystem::path> MainWindow::focusedFile(bool foldersToo) const
+{
+    const auto focused = activePane().focusedItem();
+    if (!focused || focused->isParentLink || (focused->isDirectory && !foldersToo))
+        return std::nullopt;
+    return focused->url();
+}
+
+void MainWindow::followWithPreview()
+{
+    if (const auto path = focusedFile(true); path && texts_->previewShown())
+        texts_->follow(*path);
 }
 
 void MainWindow::goToFolder()
