@@ -7,11 +7,11 @@
 #include <cstring>
 
 #include "support/UnicodeText.h"
+#include "text/TextFile.h"
 
 namespace orbisk {
 namespace {
 
-constexpr std::size_t binaryTestLength = 65536;
 constexpr std::size_t shownLineLimit = 300; ///< longer lines are shown around the match
 
 bool isAscii(std::string_view text)
@@ -59,39 +59,6 @@ ssize_t readSome(int fd, char* into, std::size_t size)
 }
 
 } // namespace
-
-bool looksBinary(std::span<const char> bytes)
-{
-    const auto examined = bytes.first(std::min(bytes.size(), binaryTestLength));
-    if (std::memchr(examined.data(), 0, examined.size()) != nullptr)
-        return true;
-    // Every file a content search opens passes through here, so the count runs sixteen bytes at
-    // a time in byte-wide counters (a GNU vector type), emptied every 255 rounds before they
-    // could overflow.
-    using Bytes = unsigned char __attribute__((vector_size(16)));
-    const auto isControl = [](unsigned char byte) -> std::size_t {
-        return byte < 32 && byte != 9 && byte != 10 && byte != 12 && byte != 13 && byte != 27;
-    };
-    const auto* data = reinterpret_cast<const unsigned char*>(examined.data());
-    const std::size_t size = examined.size();
-    constexpr std::size_t lanes = sizeof(Bytes);
-    std::size_t controls = 0;
-    std::size_t i = 0;
-    while (i + lanes <= size) {
-        Bytes counts{};
-        for (int round = 0; round < 255 && i + lanes <= size; ++round, i += lanes) {
-            Bytes b;
-            std::memcpy(&b, data + i, lanes);
-            const auto counted = (b < 32) & (b != 9) & (b != 10) & (b != 12) & (b != 13) & (b != 27);
-            counts += reinterpret_cast<const Bytes&>(counted) & 1;
-        }
-        for (std::size_t k = 0; k < lanes; ++k)
-            controls += counts[k];
-    }
-    for (; i < size; ++i)
-        controls += isControl(data[i]);
-    return controls * 20 > size;
-}
 
 std::expected<ContentMatcher, ExpressionError> ContentMatcher::create(std::string_view text, bool regularExpression,
                                                                       bool caseSensitive, std::size_t blockSize)
@@ -167,7 +134,7 @@ ContentMatcher::Found ContentMatcher::search(int fd, const CancellationToken& ca
         const bool atEnd = got == 0;
         if (first) {
             first = false;
-            if (looksBinary(std::span<const char>(buffer_.data(), filled)))
+            if (TextFile::looksBinary(std::string_view(buffer_.data(), filled)))
                 return {Outcome::binary, {}};
         }
         if (filled == 0)

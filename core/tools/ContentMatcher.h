@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <expected>
 #include <memory>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -32,11 +31,6 @@ struct ExpressionError {
 
     bool operator==(const ExpressionError&) const = default;
 };
-
-/// Whether bytes (their first 65,536) look like a binary file rather than text: any zero byte, or
-/// control characters other than tab, line feed, form feed, carriage return and escape making up
-/// more than 5 %. The text viewer applies the same rule.
-[[nodiscard]] bool looksBinary(std::span<const char> bytes);
 
 /// Built once per search; keeps a read buffer and a matcher, so one per thread.
 class ContentMatcher {

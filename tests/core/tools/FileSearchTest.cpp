@@ -14,6 +14,7 @@
 #include "support/Processes.h"
 #include "support/TempTree.h"
 #include "support/Unprivileged.h"
+#include "text/TextFile.h"
 #include "tools/FileSearch.h"
 
 namespace orbisk {
@@ -281,20 +282,21 @@ TEST(FileSearch, TellsBinaryFromTextByZeroBytesAndTheShareOfControlCharacters)
         const std::size_t allowed = examined / 20;
         for (std::size_t k = 0; k < allowed; ++k)
             text[(k * 7919 % examined) / 3 * 3 + 1] = '\x01';
-        EXPECT_FALSE(looksBinary(text)) << "at exactly 5 %";
+        EXPECT_FALSE(TextFile::looksBinary(text)) << "at exactly 5 %";
         if (length > examined) {
             text[examined] = '\x02';
-            EXPECT_FALSE(looksBinary(text)) << "past what is examined";
+            EXPECT_FALSE(TextFile::looksBinary(text)) << "past what is examined";
         }
         std::size_t spot = 2;
         while (text[spot] == '\x01')
             spot += 3;
         text[spot] = '\x7f' - 0x70; // one more control character (0x0f)
-        EXPECT_TRUE(looksBinary(text)) << "above 5 %";
+        EXPECT_TRUE(TextFile::looksBinary(text)) << "above 5 %";
     }
-    EXPECT_FALSE(looksBinary(std::string()));
-    EXPECT_FALSE(looksBinary(std::string(70000, 'a') + std::string(1, '\0'))) << "a zero byte beyond what is examined";
-    EXPECT_TRUE(looksBinary(std::string("text\0", 5)));
+    EXPECT_FALSE(TextFile::looksBinary(std::string()));
+    EXPECT_FALSE(TextFile::looksBinary(std::string(70000, 'a') + std::string(1, '\0')))
+        << "a zero byte beyond what is examined";
+    EXPECT_TRUE(TextFile::looksBinary(std::string("text\0", 5)));
 }
 
 TEST(FileSearch, FindsTheSameFilesAsGrep)
