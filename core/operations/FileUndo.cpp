@@ -116,7 +116,7 @@ private:
             problem(change.at, std::move(trashed.error()));
             return;
         }
-        outcome_.inverse.changes.push_back(UndoChange::trashed(change.at, *trashed));
+        outcome_.inverse.changes.push_back(UndoChange::trashed(change.at, *trashed, ItemStamp::of(*trashed)));
     }
 
     void revert(std::size_t index, const UndoChange::Moved& change)
@@ -138,7 +138,10 @@ private:
 
     void revert(std::size_t, const UndoChange::Trashed& change)
     {
-        if (!isTaken(change.inTrash)) {
+        // The Trash reuses a name once its item is gone: what is there now may have been trashed
+        // later, by anyone, and must stay where it is, together with its .trashinfo file.
+        const auto inTrash = ItemStamp::of(change.inTrash);
+        if (!inTrash || (change.stamp && !change.stamp->matches(inTrash))) {
             problem(change.original, FileUndoError::goneFromTrash(nameOf(change.original)));
             return;
         }
@@ -152,25 +155,25 @@ private:
     }
 
     /// Moves an item from current to its old place: a rename where it can be one, otherwise (on
-    /// another volume) a copy that takes its name exclusively before the original is removed.
-    /// Returns whether the item is at its old place now; problems are reported against reported.
+    /// another volume) the transfer engine's checked copy-then-delete, which leaves in current what
+    /// changed meanwhile. Returns whether the item is at its old place now; problems are reported
+    /// against reported.
     bool moveBack(const fs::path& current, const fs::path& oldPlace, const fs::path& reported, bool fromTrash)
     {
         auto renamed = fromTrash ? Trash::putBack(current, oldPlace) : ExclusiveRename::rename(current, oldPlace);
         if (renamed)
             return true;
-        int code = renamed.error();
+        const int code = renamed.error();
         if (code == EXDEV) {
             auto moved = CrossVolumeMove::move(current, oldPlace);
-            if (moved || moved.error().sourceLeft) {
-                if (fromTrash)
-                    ::unlink(Trash::infoFileFor(current).c_str());
-                if (!moved)
-                    problem(reported, FileOperationError::sourceNotRemoved(
-                                          current, FileOperationError::systemText(moved.error().code) + "."));
-                return true;
-            }
-            code = moved.error().code;
+            for (auto& left : moved.problems)
+                outcome_.problems.push_back(std::move(left));
+            if (moved.placeTaken)
+                problem(reported, FileUndoError::placeTaken(nameOf(oldPlace)));
+            // The info file goes only with the last of the item: what stayed is still listed.
+            if (fromTrash && moved.arrived && !isTaken(current))
+                ::unlink(Trash::infoFileFor(current).c_str());
+            return moved.arrived;
         }
         if (code == EEXIST)
             problem(reported, FileUndoError::placeTaken(nameOf(oldPlace)));

@@ -30,8 +30,8 @@ using TrashService = std::function<std::expected<std::filesystem::path, AnyError
 /// operation left them are touched (FileUndoError::changedSince, missing); nothing is ever
 /// overwritten (placeTaken) and nothing is deleted outright. Renames that form a chain or a swap
 /// within the record pass through hidden ".orbisk-undo-<uuid>" names in their folders, which are
-/// gone again afterwards. An item whose old place is on another volume is copied there under such
-/// a hidden name, given its name exclusively, and only then removed from where it was.
+/// gone again afterwards. An item whose old place is on another volume goes there by the transfer
+/// engine's copy-then-delete: what was added or changed meanwhile stays where it was, and is named.
 /// The inverse has the record's name and the changes in the order they were made here, so that
 /// reverting it redoes the record. Runs synchronously on the calling (worker) thread.
 [[nodiscard]] UndoOutcome revert(const UndoRecord& record, const TrashService& trash);

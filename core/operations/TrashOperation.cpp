@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "operations/FileOperationError.h"
+#include "operations/ItemStamp.h"
 
 namespace orbisk::TrashOperation {
 
@@ -30,7 +31,7 @@ OperationReport run(const std::vector<std::filesystem::path>& items, const Cance
         try {
             if (auto location = trash.moveToTrash(item)) {
                 report.completed.push_back({item, *location});
-                report.undoChanges.push_back(UndoChange::trashed(item, *location));
+                report.undoChanges.push_back(UndoChange::trashed(item, *location, ItemStamp::of(*location)));
             } else if (location.error() == ENOENT) {
                 report.failures.push_back({item, FileOperationError::itemMissing(item)});
             } else {
