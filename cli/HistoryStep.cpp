@@ -42,17 +42,15 @@ int revertNewest(const Command& command, std::span<const std::string> arguments,
                          : L(translate("Orbisk", "Redo %@"), record.name))
               << "\n";
 
-    auto outcome = FileUndo::revert(record, FileUndo::systemTrash());
-    if (!outcome.inverse.isEmpty())
-        to.push_back(std::move(outcome.inverse));
+    auto report = FileUndo::reportOf(FileUndo::revert(record, FileUndo::systemTrash()));
+    if (!report.undoChanges.empty())
+        to.push_back(UndoRecord{record.name, report.undoChanges});
     // The history is written before the problems are shown, so that what was reverted can be
     // redone even when some of it was refused.
     if (auto saved = history->save(*parsed->recordFile); !saved) {
         std::cerr << "orbisk-cli: " << saved.error() << "\n";
         return exitFailure;
     }
-    OperationReport report;
-    report.failures = std::move(outcome.problems);
     return presentReport(report, isUndo ? translate("Orbisk", "Undo") : translate("Orbisk", "Redo"));
 }
 

@@ -6,31 +6,6 @@
 #include "support/L10n.h"
 
 namespace orbisk {
-namespace {
-
-// What a revert did, as a report: its inverse changes stand for the items it handled.
-OperationReport reportOf(UndoOutcome outcome)
-{
-    OperationReport report;
-    for (const auto& change : outcome.inverse.changes) {
-        std::visit(
-            [&report](const auto& made) {
-                using Made = std::decay_t<decltype(made)>;
-                if constexpr (std::is_same_v<Made, UndoChange::Created>)
-                    report.completed.push_back({made.at, made.at});
-                else if constexpr (std::is_same_v<Made, UndoChange::Moved>)
-                    report.completed.push_back({made.from, made.to});
-                else
-                    report.completed.push_back({made.original, made.inTrash});
-            },
-            change.change);
-    }
-    report.failures = std::move(outcome.problems);
-    report.undoChanges = std::move(outcome.inverse.changes);
-    return report;
-}
-
-} // namespace
 
 FileUndoCenter::FileUndoCenter(std::shared_ptr<const Trash> trash, QObject* parent)
     : QObject(parent), trash_(trash ? std::move(trash) : std::make_shared<const Trash>(Trash::forCurrentUser()))
@@ -131,7 +106,7 @@ void FileUndoCenter::next()
             progress.phase = OperationProgress::Phase::working;
             progress.totalItems = static_cast<std::int64_t>(record.changes.size());
         });
-        auto report = reportOf(FileUndo::revert(record, trash));
+        auto report = FileUndo::reportOf(FileUndo::revert(record, trash));
         context.progress.update([&record](OperationProgress& progress) {
             progress.phase = OperationProgress::Phase::finished;
             progress.completedItems = static_cast<std::int64_t>(record.changes.size());

@@ -8,6 +8,7 @@
 
 #include "operations/AnyError.h"
 #include "operations/ItemFailure.h"
+#include "operations/OperationReport.h"
 #include "operations/UndoRecord.h"
 
 namespace orbisk {
@@ -35,6 +36,10 @@ using TrashService = std::function<std::expected<std::filesystem::path, AnyError
 /// The inverse has the record's name and the changes in the order they were made here, so that
 /// reverting it redoes the record. Runs synchronously on the calling (worker) thread.
 [[nodiscard]] UndoOutcome revert(const UndoRecord& record, const TrashService& trash);
+
+/// The outcome as an operation's report, as the window and the command line show it: each change of
+/// the inverse is a completed item, each problem a failure, the inverse's changes its undo changes.
+[[nodiscard]] OperationReport reportOf(UndoOutcome outcome);
 
 /// The Trash of the item's volume (the freedesktop.org Trash), as used everywhere else.
 [[nodiscard]] TrashService systemTrash();

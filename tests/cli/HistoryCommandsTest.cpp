@@ -178,6 +178,49 @@ TEST_F(HistoryCommands, UndoLeavesAnEditedItemAndSaysWhy)
     EXPECT_EQ(history()["redo"].size(), 1u) << "only the rename can be redone";
 }
 
+// Through the history file too, undo takes back only what the operation itself made or trashed, and
+// its report says what it left.
+TEST_F(HistoryCommands, UndoTakesBackOnlyWhatTheOperationMadeAndSaysWhatItLeft)
+{
+    // A long history file name still gets its lock and temporary file beside it.
+    const std::string record(250, 'h');
+    tree.file("work/src/album/one", "1");
+    tree.file("work/src/album/sub/two", "2");
+    tree.folder("work/dst");
+    ASSERT_EQ(cli({"copy", "--record", record, "src/album", "dst"}).exitCode, 0);
+    tree.file("work/dst/album/sub/mine.txt", "mine");
+
+    const auto undone = cli({"undo", "--record", record});
+    EXPECT_EQ(undone.exitCode, 1);
+    EXPECT_EQ(undone.err, "Undo finished with 1 problems.\nCompleted: 2. Skipped: 0. Failed: 1.\n"
+                          "• “album” holds items the operation didn’t create, so only the items it created were "
+                          "moved to the Trash and the folder was left where it is.\n");
+    EXPECT_EQ(tree.read("work/dst/album/sub/mine.txt"), "mine");
+    EXPECT_FALSE(tree.exists("work/dst/album/one"));
+    EXPECT_FALSE(tree.exists("work/dst/album/sub/two"));
+    EXPECT_EQ(tree.read("data/Trash/files/two"), "2");
+    ASSERT_EQ(cli({"redo", "--record", record}).exitCode, 0);
+    EXPECT_EQ(tree.read("work/dst/album/one"), "1");
+    EXPECT_EQ(tree.read("work/dst/album/sub/two"), "2");
+
+    // A trashed file emptied from the Trash, and another of its name trashed later: undo refuses.
+    tree.file("work/x", "first");
+    ASSERT_EQ(cli({"trash", "--record", record, "x"}).exitCode, 0);
+    fs::remove(tree / "data/Trash/files/x");
+    fs::remove(tree / "data/Trash/info/x.trashinfo");
+    tree.file("work/x", "second");
+    ASSERT_EQ(cli({"trash", "x"}).exitCode, 0);
+    const auto refused = cli({"undo", "--record", record});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(refused.err, "Undo finished with 1 problems.\nCompleted: 0. Skipped: 0. Failed: 1.\n"
+                           "• “x” is no longer in the Trash (it may have been emptied).\n");
+    EXPECT_FALSE(tree.exists("work/x"));
+    EXPECT_EQ(tree.read("data/Trash/files/x"), "second");
+    EXPECT_TRUE(tree.exists("data/Trash/info/x.trashinfo"));
+    for (const auto& entry : fs::directory_iterator(tree / "work"))
+        EXPECT_EQ(entry.path().filename().native().find(".tmp-"), std::string::npos);
+}
+
 TEST_F(HistoryCommands, UsageErrorsExitTwoAndABadHistoryStopsBeforeAnyChange)
 {
     for (const auto& command : std::vector<std::vector<std::string>>{{"rename", "only-one"},

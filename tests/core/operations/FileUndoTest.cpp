@@ -7,8 +7,10 @@
 #include <atomic>
 #include <fstream>
 #include <functional>
+#include <set>
 #include <thread>
 
+#include "TransferTestSupport.h"
 #include "UndoTestSupport.h"
 #include "operations/CrossVolumeMove.h"
 #include "operations/FileUndo.h"
@@ -260,7 +262,7 @@ TEST_F(FileUndoTest, FoldersAreComparedByIdentityAndUnreadStampsAreAccepted)
     auto folder = ItemActions::createDirectory("copied folder", work).value();
     const UndoRecord record{
         "Copy", {UndoChange::created(folder, ItemStamp::of(folder)), UndoChange::created(item(), std::nullopt)}};
-    tree.file("work/copied folder/added later", "new");
+    tree.setModificationTime("work/copied folder", 1'000'000'000);
     write(item(), "rewritten");
     const auto outcome = revert(record);
     EXPECT_EQ(messages(outcome), std::vector<std::string>{});
@@ -269,6 +271,126 @@ TEST_F(FileUndoTest, FoldersAreComparedByIdentityAndUnreadStampsAreAccepted)
     ASSERT_EQ(outcome.inverse.changes.size(), 2u);
     EXPECT_EQ(std::get<UndoChange::Trashed>(outcome.inverse.changes[0].change).original, item())
         << "the inverse lists changes in the order the revert made them: the last first";
+}
+
+// Undoing the creation of a folder must not throw away what the user put in it since: the folder
+// goes only when it holds nothing but what the operation created, else only that goes.
+TEST_F(FileUndoTest, ACreatedFolderGoesToTheTrashOnlyWhenItHoldsNothingButWhatTheOperationCreated)
+{
+    const auto trashed = [&] {
+        std::set<std::string> names;
+        for (const auto& entry : picture(trash.folder() / "files"))
+            names.insert(entry.first);
+        return names;
+    };
+    const auto copyAlbum = [&] {
+        tree.file("src/album/one", "1");
+        tree.file("src/album/sub/two", "2");
+        const auto report = test::transfer(TransferEngine::Kind::copy, {tree / "src/album"}, work);
+        EXPECT_TRUE(report.isCompleteSuccess());
+        return UndoRecord{"Copy", report.undoChanges};
+    };
+    const auto kept = [](const std::string& name) {
+        return "“" + name + "” holds items the operation didn’t create, so it was left where it is.";
+    };
+    const auto emptied = [](const std::string& name) {
+        return "“" + name +
+               "” holds items the operation didn’t create, so only the items it created were moved to the Trash and "
+               "the folder was left where it is.";
+    };
+    struct Case {
+        std::string name;
+        std::function<UndoRecord()> act;
+        std::function<void()> meddle;
+        std::vector<std::string> expected; ///< the undo's messages
+        std::set<std::string> inTrash;     ///< what the undo put in the Trash
+        std::set<std::string> left;        ///< what stays in work
+    };
+    const Case cases[] = {
+        {"new folder with selection, then the moved file edited",
+         [&] {
+             auto folder = ItemActions::createDirectory("Selection", work).value();
+             auto record = movedByHand(item(), folder / "a\xE9.txt");
+             record.changes.insert(record.changes.begin(), UndoChange::created(folder, ItemStamp::of(folder)));
+             return record;
+         },
+         [&] { write(work / "Selection/a\xE9.txt", "edited"); },
+         {"“a\\xE9.txt” changed after the operation, so it was left as it is.", kept("Selection")},
+         {},
+         {"Selection/", "Selection/a\xE9.txt"}},
+        {"new folder, then a file added to it",
+         [&] {
+             auto folder = ItemActions::createDirectory("New Folder", work).value();
+             return UndoRecord{"New Folder", {UndoChange::created(folder, ItemStamp::of(folder))}};
+         },
+         [&] { tree.file("work/New Folder/mine.txt", "mine"); },
+         {kept("New Folder")},
+         {},
+         {"New Folder/", "New Folder/mine.txt", "a\xE9.txt"}},
+        {"folder copy, then a file added deep inside and a copied file edited",
+         copyAlbum,
+         [&] {
+             tree.file("work/album/sub/mine.txt", "mine");
+             write(work / "album/one", "edited");
+         },
+         {emptied("album")},
+         {"two"},
+         {"album/", "album/one", "album/sub/", "album/sub/mine.txt", "a\xE9.txt"}},
+        {"folder copy, then a file added beside a copied subfolder",
+         copyAlbum,
+         [&] { tree.file("work/album/mine.txt", "mine"); },
+         {emptied("album")},
+         {"one", "sub/", "sub/two"},
+         {"album/", "album/mine.txt", "a\xE9.txt"}},
+        {"folder copy left as it was",
+         copyAlbum,
+         [] {},
+         {},
+         {"album/", "album/one", "album/sub/", "album/sub/two"},
+         {"a\xE9.txt"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        test::removeTree(work);
+        test::removeTree(trash.folder());
+        test::removeTree(tree / "src");
+        tree.file("work/a\xE9.txt", "original");
+        const auto record = c.act();
+        c.meddle();
+        const auto meddled = picture(work);
+
+        const auto undone = revert(record);
+        EXPECT_EQ(messages(undone), c.expected);
+        EXPECT_EQ(trashed(), c.inTrash);
+        std::set<std::string> left;
+        for (const auto& entry : picture(work))
+            left.insert(entry.first);
+        EXPECT_EQ(left, c.left);
+        for (const auto& [path, contents] : picture(work))
+            EXPECT_EQ(contents, meddled.at(path)) << path << " is as the user left it";
+
+        // Redo brings back exactly what undo took, and undoing again takes it again.
+        const auto redone = revert(undone.inverse);
+        EXPECT_EQ(messages(redone), std::vector<std::string>{});
+        EXPECT_EQ(picture(work), meddled);
+        const auto undoneAgain = revert(redone.inverse);
+        EXPECT_EQ(messages(undoneAgain), std::vector<std::string>{});
+        EXPECT_EQ(trashed(), c.inTrash);
+        EXPECT_EQ(left.size(), picture(work).size());
+    }
+
+    // A folder restored by Redo knows its contents again: a file added after that keeps it.
+    test::removeTree(work);
+    tree.file("work/a\xE9.txt", "original");
+    const auto undone = revert(copyAlbum());
+    const auto redone = revert(undone.inverse);
+    ASSERT_EQ(messages(redone), std::vector<std::string>{});
+    tree.file("work/album/sub/later.txt", "later");
+    const auto reread = UndoRecord::fromJson(nlohmann::ordered_json::parse(redone.inverse.toJson().dump()));
+    ASSERT_TRUE(reread) << reread.error();
+    EXPECT_EQ(messages(revert(*reread)), std::vector<std::string>{emptied("album")});
+    EXPECT_EQ(tree.read("work/album/sub/later.txt"), "later");
+    EXPECT_FALSE(tree.exists("work/album/one"));
 }
 
 TEST_F(FileUndoTest, SwapsAndRotationsOfNamesUndoThroughHiddenNamesThatDoNotStay)
@@ -450,8 +572,9 @@ TEST_F(FileUndoTest, WhatIsWrittenIntoAnItemWhileUndoCopiesItAcrossVolumesStaysA
                                            names + ")."});
         ASSERT_EQ(outcome.inverse.changes.size(), 1u);
         const bool fromTrash = std::holds_alternative<UndoChange::Trashed>(record.changes[0].change);
-        EXPECT_EQ(outcome.inverse.changes[0], fromTrash ? UndoChange::created(from, ItemStamp::of(from))
-                                                        : UndoChange::moved(current, from, ItemStamp::of(from)));
+        EXPECT_EQ(outcome.inverse.changes[0],
+                  fromTrash ? UndoChange::created(from, ItemStamp::of(from), FolderContents::of(from))
+                            : UndoChange::moved(current, from, ItemStamp::of(from)));
         if (fromTrash) {
             EXPECT_TRUE(tree.exists("data/Trash/info/album.trashinfo")) << "what stayed in the Trash is still listed";
         }
