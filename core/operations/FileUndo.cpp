@@ -1,21 +1,19 @@
 #include "operations/FileUndo.h"
 
-#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <map>
 #include <set>
 
 #include "operations/CrossVolumeMove.h"
 #include "operations/FileOperationError.h"
 #include "operations/FileUndoError.h"
-#include "operations/FolderContents.h"
 #include "operations/ItemStamp.h"
 #include "platform/ExclusiveRename.h"
 #include "platform/Trash.h"
+#include "support/Paths.h"
 #include "support/Uuid.h"
 
 namespace orbisk::FileUndo {
@@ -34,68 +32,6 @@ std::string nameOf(const fs::path& path)
 {
     return path.filename().native();
 }
-
-/// A folder an operation created, with what the operation created inside it, read against the disk.
-class CreatedFolder {
-public:
-    CreatedFolder(fs::path root, const std::vector<FolderEntry>& contents) : root_(std::move(root))
-    {
-        for (const auto& entry : contents)
-            stamps_.emplace(entry.path.lexically_normal(), entry.stamp);
-    }
-
-    [[nodiscard]] const fs::path& root() const { return root_; }
-
-    /// The stamp of the entry at relative when it is still as the operation created it.
-    [[nodiscard]] std::optional<ItemStamp> createdStamp(const fs::path& relative) const
-    {
-        const auto recorded = stamps_.find(relative.lexically_normal());
-        if (recorded == stamps_.end())
-            return std::nullopt;
-        const auto now = ItemStamp::of(root_ / relative);
-        if (!recorded->second.matches(now))
-            return std::nullopt;
-        return now;
-    }
-
-    /// Whether the entry at relative (the folder itself when empty) is as the operation created it
-    /// and, for a folder, holds nothing else at any depth.
-    [[nodiscard]] bool holdsOnlyCreated(const fs::path& relative) const
-    {
-        if (!relative.empty()) {
-            const auto stamp = createdStamp(relative);
-            if (!stamp)
-                return false;
-            if (!stamp->isDirectory)
-                return true;
-        }
-        const auto names = namesIn(root_ / relative);
-        if (!names)
-            return false;
-        for (const auto& name : *names)
-            if (!holdsOnlyCreated(relative / name))
-                return false;
-        return true;
-    }
-
-    /// The entries of a folder, or nothing when it cannot be read.
-    [[nodiscard]] static std::optional<std::vector<std::string>> namesIn(const fs::path& folder)
-    {
-        DIR* listing = ::opendir(folder.c_str());
-        if (!listing)
-            return std::nullopt;
-        std::vector<std::string> names;
-        while (const dirent* entry = ::readdir(listing))
-            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
-                names.emplace_back(entry->d_name);
-        ::closedir(listing);
-        return names;
-    }
-
-private:
-    fs::path root_;
-    std::map<fs::path, ItemStamp> stamps_;
-};
 
 /// The work of one revert: the problems found and the inverse built, in the order things happen.
 class Reverter {
@@ -176,51 +112,29 @@ private:
     {
         if (!unchanged(change.at, change.stamp))
             return;
-        const auto now = ItemStamp::of(change.at);
-        if (!now || !now->isDirectory) {
-            takeBack(change.at);
+        // The changes inside a folder are reverted before the folder itself. When one of them was
+        // refused, what it left is still in the folder, and trashing the folder would take along
+        // the very item the report says was left as it is.
+        if (leftSomethingInside(change.at)) {
+            problem(change.at, FileUndoError::keptFolder(nameOf(change.at)));
             return;
         }
-        // A folder goes whole only when it holds nothing but what the operation created; else
-        // only that goes, item by item, and the folder stays with everything else in it.
-        const CreatedFolder created(change.at, change.contents);
-        if (created.holdsOnlyCreated(fs::path()))
-            takeBack(change.at);
-        else
-            problem(change.at, takeBackCreatedIn(created, fs::path())
-                                   ? FileUndoError::keptFolderEmptied(nameOf(change.at))
-                                   : FileUndoError::keptFolder(nameOf(change.at)));
-    }
-
-    /// Moves a created item to the Trash; the inverse brings it back from there.
-    bool takeBack(const fs::path& item)
-    {
-        auto trashed = trash_(item);
+        auto trashed = trash_(change.at);
         if (!trashed) {
-            problem(item, std::move(trashed.error()));
-            return false;
+            problem(change.at, std::move(trashed.error()));
+            return;
         }
-        outcome_.inverse.changes.push_back(UndoChange::trashed(item, *trashed, ItemStamp::of(*trashed)));
-        return true;
+        outcome_.inverse.changes.push_back(UndoChange::trashed(change.at, *trashed, ItemStamp::of(*trashed)));
     }
 
-    /// Takes back what the operation created below the folder's entry relative, leaving the rest;
-    /// returns whether anything went to the Trash.
-    bool takeBackCreatedIn(const CreatedFolder& created, const fs::path& relative)
+    /// Whether a problem of this revert so far concerns an item below folder.
+    bool leftSomethingInside(const fs::path& folder) const
     {
-        bool tookBack = false;
-        for (const auto& name :
-             CreatedFolder::namesIn(created.root() / relative).value_or(std::vector<std::string>{})) {
-            const fs::path entry = relative / name;
-            const auto stamp = created.createdStamp(entry);
-            if (!stamp)
-                continue;
-            if (created.holdsOnlyCreated(entry))
-                tookBack = takeBack(created.root() / entry) || tookBack;
-            else if (stamp->isDirectory)
-                tookBack = takeBackCreatedIn(created, entry) || tookBack;
+        for (const auto& failure : outcome_.problems) {
+            if (Paths::isSameOrInside(failure.url, folder) && !Paths::isSameOrInside(folder, failure.url))
+                return true;
         }
-        return tookBack;
+        return false;
     }
 
     void revert(std::size_t index, const UndoChange::Moved& change)
@@ -255,8 +169,7 @@ private:
         }
         if (!moveBack(change.inTrash, change.original, change.inTrash, true))
             return;
-        outcome_.inverse.changes.push_back(
-            UndoChange::created(change.original, ItemStamp::of(change.original), FolderContents::of(change.original)));
+        outcome_.inverse.changes.push_back(UndoChange::created(change.original, ItemStamp::of(change.original)));
     }
 
     /// Moves an item from current to its old place: a rename where it can be one, otherwise (on

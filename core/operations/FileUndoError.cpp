@@ -16,11 +16,7 @@ std::string FileUndoError::errorDescription() const
     case Kind::goneFromTrash:
         return L(translate("Orbisk", "“%@” is no longer in the Trash (it may have been emptied)."), name);
     case Kind::keptFolder:
-        return L(translate("Orbisk", "“%@” holds items the operation didn’t create, so it was left where it is."),
-                 name);
-    case Kind::keptFolderEmptied:
-        return L(translate("Orbisk", "“%@” holds items the operation didn’t create, so only the items it created "
-                                     "were moved to the Trash and the folder was left where it is."),
+        return L(translate("Orbisk", "“%@” still holds items that were left as they are, so it was left where it is."),
                  name);
     }
     return {};

@@ -1,5 +1,5 @@
 // Why undo left an item alone: it changed, it vanished, its old place is taken, the Trash lost it, or
-// it is a created folder that now holds more than the operation created.
+// it is a created folder that still holds items undo left inside it.
 #pragma once
 
 #include <string>
@@ -9,12 +9,11 @@ namespace orbisk {
 /// A plain value carrying the name its one message shows.
 struct FileUndoError {
     enum class Kind {
-        changedSince,      ///< the item is no longer as the operation left it
-        missing,           ///< nothing is where the operation left the item
-        placeTaken,        ///< another item now holds the place the item would go back to
-        goneFromTrash,     ///< the trashed item is no longer in the Trash
-        keptFolder,        ///< a created folder holds items the operation did not create, so it stayed
-        keptFolderEmptied, ///< as keptFolder, after what the operation created in it went to the Trash
+        changedSince,  ///< the item is no longer as the operation left it
+        missing,       ///< nothing is where the operation left the item
+        placeTaken,    ///< another item now holds the place the item would go back to
+        goneFromTrash, ///< the trashed item is no longer in the Trash
+        keptFolder,    ///< a created folder still holds items undo left as they are, so it stayed
     };
 
     Kind kind = Kind::changedSince;
@@ -29,10 +28,6 @@ struct FileUndoError {
     }
 
     [[nodiscard]] static FileUndoError keptFolder(std::string name) { return {Kind::keptFolder, std::move(name)}; }
-    [[nodiscard]] static FileUndoError keptFolderEmptied(std::string name)
-    {
-        return {Kind::keptFolderEmptied, std::move(name)};
-    }
 
     /// The localised message, the name made safe to show.
     [[nodiscard]] std::string errorDescription() const;

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstring>
 
-#include "operations/FolderContents.h"
 #include "operations/ItemStamp.h"
 #include "operations/TransferEngine.h"
 #include "platform/ExclusiveRename.h"
@@ -86,9 +85,7 @@ void TransferEngine::recordSuccess(const fs::path& source, const fs::path& final
 {
     report_.completed.push_back({source, final});
     auto stamp = ItemStamp::of(final);
-    // A copied folder lists what it holds, so that undo can tell it from what is added later.
-    report_.undoChanges.push_back(moved ? UndoChange::moved(source, final, stamp)
-                                        : UndoChange::created(final, stamp, FolderContents::of(final)));
+    report_.undoChanges.push_back(moved ? UndoChange::moved(source, final, stamp) : UndoChange::created(final, stamp));
 }
 
 // Each entry of the source folder goes into the existing folder like a top-level item, its own

@@ -4,21 +4,17 @@
 #include <filesystem>
 #include <optional>
 #include <variant>
-#include <vector>
 
-#include "operations/FolderContents.h"
 #include "operations/ItemStamp.h"
 
 namespace orbisk {
 
 /// A plain value of three cases; make them with created(), moved() and trashed().
 struct UndoChange {
-    /// The operation created this item (a copy, a new folder or file). For a folder, contents
-    /// lists what the operation made inside it; a new, empty folder has none.
+    /// The operation created this item (a copy, a new folder or file).
     struct Created {
         std::filesystem::path at;
         std::optional<ItemStamp> stamp;
-        std::vector<FolderEntry> contents;
         bool operator==(const Created&) const = default;
     };
     /// The operation moved or renamed an item; the stamp is of the item at `to`.
@@ -40,10 +36,9 @@ struct UndoChange {
 
     std::variant<Created, Moved, Trashed> change;
 
-    [[nodiscard]] static UndoChange created(std::filesystem::path at, std::optional<ItemStamp> stamp,
-                                            std::vector<FolderEntry> contents = {})
+    [[nodiscard]] static UndoChange created(std::filesystem::path at, std::optional<ItemStamp> stamp)
     {
-        return {Created{std::move(at), stamp, std::move(contents)}};
+        return {Created{std::move(at), stamp}};
     }
     [[nodiscard]] static UndoChange moved(std::filesystem::path from, std::filesystem::path to,
                                           std::optional<ItemStamp> stamp)

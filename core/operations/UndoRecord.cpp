@@ -133,29 +133,6 @@ std::expected<std::optional<ItemStamp>, std::string> readStamp(const Json& json,
     return ItemStamp{*device, *inode, json.at("isDirectory").get<bool>(), *size, *modified};
 }
 
-std::expected<std::vector<FolderEntry>, std::string> readContents(const Json& json, const std::string& where)
-{
-    if (!json.is_array())
-        return std::unexpected(where + " is not a list");
-    std::vector<FolderEntry> entries;
-    for (std::size_t i = 0; i < json.size(); ++i) {
-        const std::string place = where + "[" + std::to_string(i) + "]";
-        const Reader reader{json.at(i), place};
-        if (auto keys = reader.onlyKeys({"path", "stamp"}); !keys)
-            return std::unexpected(keys.error());
-        auto path = reader.text("path");
-        auto stamp = readStamp(json.at(i).at("stamp"), place + ".stamp");
-        if (!path)
-            return std::unexpected(path.error());
-        if (!stamp)
-            return std::unexpected(stamp.error());
-        if (!*stamp)
-            return std::unexpected(place + ".stamp is missing");
-        entries.push_back({fs::path(*path), **stamp});
-    }
-    return entries;
-}
-
 std::expected<UndoChange, std::string> readChange(const Json& json, const std::string& where)
 {
     if (!json.is_object() || !json.contains("kind") || !json.at("kind").is_string())
@@ -163,11 +140,7 @@ std::expected<UndoChange, std::string> readChange(const Json& json, const std::s
     const auto kind = json.at("kind").get<std::string>();
     const Reader reader{json, where};
     if (kind == "created") {
-        // "contents" is written only for a folder the operation filled.
-        const bool filled = json.contains("contents");
-        auto keys =
-            filled ? reader.onlyKeys({"kind", "at", "stamp", "contents"}) : reader.onlyKeys({"kind", "at", "stamp"});
-        if (!keys)
+        if (auto keys = reader.onlyKeys({"kind", "at", "stamp"}); !keys)
             return std::unexpected(keys.error());
         auto at = reader.text("at");
         auto stamp = readStamp(json.at("stamp"), where + ".stamp");
@@ -175,12 +148,7 @@ std::expected<UndoChange, std::string> readChange(const Json& json, const std::s
             return std::unexpected(at.error());
         if (!stamp)
             return std::unexpected(stamp.error());
-        std::expected<std::vector<FolderEntry>, std::string> contents;
-        if (filled)
-            contents = readContents(json.at("contents"), where + ".contents");
-        if (!contents)
-            return std::unexpected(contents.error());
-        return UndoChange::created(fs::path(*at), *stamp, std::move(*contents));
+        return UndoChange::created(fs::path(*at), *stamp);
     }
     if (kind == "moved") {
         if (auto keys = reader.onlyKeys({"kind", "from", "to", "stamp"}); !keys)
@@ -222,14 +190,7 @@ std::expected<UndoChange, std::string> readChange(const Json& json, const std::s
 struct ChangeWriter {
     Json operator()(const UndoChange::Created& c) const
     {
-        Json json{{"kind", "created"}, {"at", escaped(c.at.native())}, {"stamp", stampJson(c.stamp)}};
-        if (!c.contents.empty()) {
-            Json entries = Json::array();
-            for (const auto& entry : c.contents)
-                entries.push_back(Json{{"path", escaped(entry.path.native())}, {"stamp", stampJson(entry.stamp)}});
-            json["contents"] = std::move(entries);
-        }
-        return json;
+        return Json{{"kind", "created"}, {"at", escaped(c.at.native())}, {"stamp", stampJson(c.stamp)}};
     }
     Json operator()(const UndoChange::Moved& c) const
     {

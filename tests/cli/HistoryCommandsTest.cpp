@@ -178,30 +178,51 @@ TEST_F(HistoryCommands, UndoLeavesAnEditedItemAndSaysWhy)
     EXPECT_EQ(history()["redo"].size(), 1u) << "only the rename can be redone";
 }
 
-// Through the history file too, undo takes back only what the operation itself made or trashed, and
-// its report says what it left.
+// Through the history file too, undo never takes along what it says it left, and its report counts
+// what it did and says what it left.
 TEST_F(HistoryCommands, UndoTakesBackOnlyWhatTheOperationMadeAndSaysWhatItLeft)
 {
     // A long history file name still gets its lock and temporary file beside it.
     const std::string record(250, 'h');
     tree.file("work/src/album/one", "1");
-    tree.file("work/src/album/sub/two", "2");
     tree.folder("work/dst");
     ASSERT_EQ(cli({"copy", "--record", record, "src/album", "dst"}).exitCode, 0);
-    tree.file("work/dst/album/sub/mine.txt", "mine");
-
+    // A copied folder goes to the Trash whole, with what was added to it since.
+    tree.file("work/dst/album/mine.txt", "mine");
     const auto undone = cli({"undo", "--record", record});
-    EXPECT_EQ(undone.exitCode, 1);
-    EXPECT_EQ(undone.err, "Undo finished with 1 problems.\nCompleted: 2. Skipped: 0. Failed: 1.\n"
-                          "• “album” holds items the operation didn’t create, so only the items it created were "
-                          "moved to the Trash and the folder was left where it is.\n");
-    EXPECT_EQ(tree.read("work/dst/album/sub/mine.txt"), "mine");
-    EXPECT_FALSE(tree.exists("work/dst/album/one"));
-    EXPECT_FALSE(tree.exists("work/dst/album/sub/two"));
-    EXPECT_EQ(tree.read("data/Trash/files/two"), "2");
+    EXPECT_EQ(undone.exitCode, 0) << undone.err;
+    EXPECT_FALSE(tree.exists("work/dst/album"));
+    EXPECT_EQ(tree.read("data/Trash/files/album/mine.txt"), "mine");
     ASSERT_EQ(cli({"redo", "--record", record}).exitCode, 0);
     EXPECT_EQ(tree.read("work/dst/album/one"), "1");
-    EXPECT_EQ(tree.read("work/dst/album/sub/two"), "2");
+    EXPECT_EQ(tree.read("work/dst/album/mine.txt"), "mine");
+
+    // A new folder and two items moved into it, as one record; then one of them edited.
+    tree.file("work/a", "A");
+    tree.file("work/b", "B");
+    ASSERT_EQ(cli({"new-folder", "--record", record, ".", "Selection"}).exitCode, 0);
+    ASSERT_EQ(cli({"move", "--record", record, "a", "b", "Selection"}).exitCode, 0);
+    auto history = nlohmann::json::parse(tree.read("work/" + record));
+    auto& steps = history["undo"];
+    ASSERT_EQ(steps.size(), 3u);
+    for (const auto& change : steps[2]["changes"])
+        steps[1]["changes"].push_back(change);
+    steps.erase(2);
+    std::ofstream(tree / "work" / record) << history.dump(2);
+    std::ofstream(tree / "work/Selection/a") << "edited";
+
+    const auto partial = cli({"undo", "--record", record});
+    EXPECT_EQ(partial.exitCode, 1);
+    EXPECT_EQ(partial.err, "Undo finished with 2 problems.\nCompleted: 1. Skipped: 0. Failed: 2.\n"
+                           "• “a” changed after the operation, so it was left as it is.\n"
+                           "• “Selection” still holds items that were left as they are, so it was left where it "
+                           "is.\n");
+    EXPECT_EQ(tree.read("work/Selection/a"), "edited");
+    EXPECT_EQ(tree.read("work/b"), "B");
+    EXPECT_FALSE(tree.exists("data/Trash/files/Selection"));
+    ASSERT_EQ(cli({"redo", "--record", record}).exitCode, 0);
+    EXPECT_EQ(tree.read("work/Selection/b"), "B");
+    EXPECT_FALSE(tree.exists("work/b"));
 
     // A trashed file emptied from the Trash, and another of its name trashed later: undo refuses.
     tree.file("work/x", "first");
