@@ -43,19 +43,19 @@ int revertNewest(const Command& command, std::span<const std::string> arguments,
               << "\n";
 
     auto outcome = FileUndo::revert(record, FileUndo::systemTrash());
-    if (!outcome.inverse.isEmpty())
-        to.push_back(std::move(outcome.inverse));
+    auto remaining = std::move(outcome.remaining);
+    auto report = FileUndo::reportOf(std::move(outcome));
+    if (!report.undoChanges.empty())
+        to.push_back(UndoRecord{record.name, report.undoChanges});
     // What could not be reversed stays on its stack, to be tried again once the problem is solved.
-    if (!outcome.remaining.isEmpty())
-        from.push_back(std::move(outcome.remaining));
+    if (!remaining.isEmpty())
+        from.push_back(std::move(remaining));
     // The history is written before the problems are shown, so that what was reverted can be
     // redone even when some of it was refused.
     if (auto saved = history->save(*parsed->recordFile); !saved) {
         std::cerr << "orbisk-cli: " << saved.error() << "\n";
         return exitFailure;
     }
-    OperationReport report;
-    report.failures = std::move(outcome.problems);
     return presentReport(report, isUndo ? translate("Orbisk", "Undo") : translate("Orbisk", "Redo"));
 }
 

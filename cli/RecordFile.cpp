@@ -11,7 +11,9 @@
 #include <sstream>
 #include <utility>
 
+#include "operations/NameGenerator.h"
 #include "support/DisplayText.h"
+#include "support/UnicodeText.h"
 #include "support/Uuid.h"
 
 namespace orbisk::cli {
@@ -38,6 +40,14 @@ std::expected<std::vector<UndoRecord>, std::string> readStack(const Json& json, 
 std::string describe(const fs::path& file)
 {
     return "“" + DisplayText::visible(file.native()) + "”";
+}
+
+// A hidden name beside file: "." + its name + suffix, the name shortened by whole characters so
+// that a history file with a long name still gets its lock and its temporary copy.
+fs::path besideName(const fs::path& file, const std::string& suffix)
+{
+    const std::size_t room = NameGenerator::maximumNameBytes - 1 - suffix.size();
+    return "." + std::string(UnicodeText::prefixOfWholeCharacters(file.filename().native(), room)) + suffix;
 }
 
 bool writeAll(int fd, std::string_view data)
@@ -92,7 +102,7 @@ std::expected<void, std::string> UndoHistory::save(const fs::path& file) const
     const auto text = Json{{"undo", std::move(undoList)}, {"redo", std::move(redoList)}}.dump(2) + "\n";
 
     const auto folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
-    const auto temporary = folder / ("." + file.filename().native() + ".tmp-" + Uuid::random());
+    const auto temporary = folder / besideName(file, ".tmp-" + Uuid::random());
     const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (fd < 0)
         return std::unexpected("can’t write beside " + describe(file) + ": " + std::strerror(errno));
@@ -148,7 +158,7 @@ std::optional<UndoHistory> loadHistory(const std::optional<fs::path>& file)
 std::expected<HistoryLock, std::string> HistoryLock::acquire(const fs::path& file)
 {
     const auto folder = file.has_parent_path() ? file.parent_path() : fs::path(".");
-    const auto lockFile = folder / ("." + file.filename().native() + ".lock");
+    const auto lockFile = folder / besideName(file, ".lock");
     const int fd = ::open(lockFile.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (fd < 0)
         return std::unexpected("can’t lock " + describe(file) + ": " + std::strerror(errno));

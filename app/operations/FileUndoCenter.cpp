@@ -8,33 +8,6 @@
 #include "support/L10n.h"
 
 namespace orbisk {
-namespace {
-
-// What a revert did, as a report: its inverse changes stand for the items it handled.
-OperationReport reportOf(UndoOutcome outcome)
-{
-    OperationReport report;
-    for (const auto& change : outcome.inverse.changes) {
-        std::visit(
-            [&report](const auto& made) {
-                using Made = std::decay_t<decltype(made)>;
-                if constexpr (std::is_same_v<Made, UndoChange::Created>)
-                    report.completed.push_back({made.at, made.at});
-                else if constexpr (std::is_same_v<Made, UndoChange::Moved>)
-                    report.completed.push_back({made.from, made.to});
-                else if constexpr (std::is_same_v<Made, UndoChange::Trashed>)
-                    report.completed.push_back({made.original, made.inTrash});
-                else
-                    report.completed.push_back({made.at, made.at});
-            },
-            change.change);
-    }
-    report.failures = std::move(outcome.problems);
-    report.undoChanges = std::move(outcome.inverse.changes);
-    return report;
-}
-
-} // namespace
 
 FileUndoCenter::FileUndoCenter(std::shared_ptr<const Trash> trash, QObject* parent)
     : QObject(parent), trash_(trash ? std::move(trash) : std::make_shared<const Trash>(Trash::forCurrentUser()))
@@ -141,7 +114,7 @@ void FileUndoCenter::next()
         });
         auto outcome = FileUndo::revert(record, trash);
         *remaining = std::move(outcome.remaining);
-        auto report = reportOf(std::move(outcome));
+        auto report = FileUndo::reportOf(std::move(outcome));
         context.progress.update([&record](OperationProgress& progress) {
             progress.phase = OperationProgress::Phase::finished;
             progress.completedItems = static_cast<std::int64_t>(record.changes.size());

@@ -13,6 +13,7 @@
 #include "operations/ItemStamp.h"
 #include "platform/ExclusiveRename.h"
 #include "platform/Trash.h"
+#include "support/Paths.h"
 #include "support/Uuid.h"
 
 namespace orbisk::FileUndo {
@@ -122,12 +123,29 @@ private:
     {
         if (!unchanged(change.at, change.stamp))
             return;
+        // The changes inside a folder are reverted before the folder itself. When one of them was
+        // refused, what it left is still in the folder, and trashing the folder would take along
+        // the very item the report says was left as it is.
+        if (leftSomethingInside(change.at)) {
+            problem(change.at, FileUndoError::keptFolder(nameOf(change.at)));
+            return;
+        }
         auto trashed = trash_(change.at);
         if (!trashed) {
             problem(change.at, std::move(trashed.error()));
             return;
         }
-        outcome_.inverse.changes.push_back(UndoChange::trashed(change.at, *trashed));
+        outcome_.inverse.changes.push_back(UndoChange::trashed(change.at, *trashed, ItemStamp::of(*trashed)));
+    }
+
+    /// Whether a problem of this revert so far concerns an item below folder.
+    bool leftSomethingInside(const fs::path& folder) const
+    {
+        for (const auto& failure : outcome_.problems) {
+            if (Paths::isSameOrInside(failure.url, folder) && !Paths::isSameOrInside(folder, failure.url))
+                return true;
+        }
+        return false;
     }
 
     void revert(std::size_t index, const UndoChange::Moved& change)
@@ -203,7 +221,10 @@ private:
 
     void revert(std::size_t, const UndoChange::Trashed& change)
     {
-        if (!isTaken(change.inTrash)) {
+        // The Trash reuses a name once its item is gone: what is there now may have been trashed
+        // later, by anyone, and must stay where it is, together with its .trashinfo file.
+        const auto inTrash = ItemStamp::of(change.inTrash);
+        if (!inTrash || (change.stamp && !change.stamp->matches(inTrash))) {
             problem(change.original, FileUndoError::goneFromTrash(nameOf(change.original)));
             return;
         }
@@ -217,25 +238,25 @@ private:
     }
 
     /// Moves an item from current to its old place: a rename where it can be one, otherwise (on
-    /// another volume) a copy that takes its name exclusively before the original is removed.
-    /// Returns whether the item is at its old place now; problems are reported against reported.
+    /// another volume) the transfer engine's checked copy-then-delete, which leaves in current what
+    /// changed meanwhile. Returns whether the item is at its old place now; problems are reported
+    /// against reported.
     bool moveBack(const fs::path& current, const fs::path& oldPlace, const fs::path& reported, bool fromTrash)
     {
         auto renamed = fromTrash ? Trash::putBack(current, oldPlace) : ExclusiveRename::rename(current, oldPlace);
         if (renamed)
             return true;
-        int code = renamed.error();
+        const int code = renamed.error();
         if (code == EXDEV) {
             auto moved = CrossVolumeMove::move(current, oldPlace);
-            if (moved || moved.error().sourceLeft) {
-                if (fromTrash)
-                    ::unlink(Trash::infoFileFor(current).c_str());
-                if (!moved)
-                    problem(reported, FileOperationError::sourceNotRemoved(
-                                          current, FileOperationError::systemText(moved.error().code) + "."));
-                return true;
-            }
-            code = moved.error().code;
+            for (auto& left : moved.problems)
+                outcome_.problems.push_back(std::move(left));
+            if (moved.placeTaken)
+                problem(reported, FileUndoError::placeTaken(nameOf(oldPlace)));
+            // The info file goes only with the last of the item: what stayed is still listed.
+            if (fromTrash && moved.arrived && !isTaken(current))
+                ::unlink(Trash::infoFileFor(current).c_str());
+            return moved.arrived;
         }
         if (code == EEXIST)
             problem(reported, FileUndoError::placeTaken(nameOf(oldPlace)));
@@ -264,6 +285,29 @@ private:
 UndoOutcome revert(const UndoRecord& record, const TrashService& trash)
 {
     return Reverter(record, trash).run();
+}
+
+OperationReport reportOf(UndoOutcome outcome)
+{
+    OperationReport report;
+    for (const auto& change : outcome.inverse.changes) {
+        std::visit(
+            [&report](const auto& made) {
+                using Made = std::decay_t<decltype(made)>;
+                if constexpr (std::is_same_v<Made, UndoChange::Created>)
+                    report.completed.push_back({made.at, made.at});
+                else if constexpr (std::is_same_v<Made, UndoChange::Moved>)
+                    report.completed.push_back({made.from, made.to});
+                else if constexpr (std::is_same_v<Made, UndoChange::Trashed>)
+                    report.completed.push_back({made.original, made.inTrash});
+                else
+                    report.completed.push_back({made.at, made.at});
+            },
+            change.change);
+    }
+    report.failures = std::move(outcome.problems);
+    report.undoChanges = std::move(outcome.inverse.changes);
+    return report;
 }
 
 TrashService systemTrash()

@@ -15,6 +15,9 @@ std::string FileUndoError::errorDescription() const
                  name);
     case Kind::goneFromTrash:
         return L(translate("Orbisk", "“%@” is no longer in the Trash (it may have been emptied)."), name);
+    case Kind::keptFolder:
+        return L(translate("Orbisk", "“%@” still holds items that were left as they are, so it was left where it is."),
+                 name);
     }
     return {};
 }

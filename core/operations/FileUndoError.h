@@ -1,4 +1,5 @@
-// Why undo left an item alone: it changed, it vanished, its old place is taken, or the Trash lost it.
+// Why undo left an item alone: it changed, it vanished, its old place is taken, the Trash lost it, or
+// it is a created folder that still holds items undo left inside it.
 #pragma once
 
 #include <string>
@@ -12,6 +13,7 @@ struct FileUndoError {
         missing,       ///< nothing is where the operation left the item
         placeTaken,    ///< another item now holds the place the item would go back to
         goneFromTrash, ///< the trashed item is no longer in the Trash
+        keptFolder,    ///< a created folder still holds items undo left as they are, so it stayed
     };
 
     Kind kind = Kind::changedSince;
@@ -24,6 +26,8 @@ struct FileUndoError {
     {
         return {Kind::goneFromTrash, std::move(name)};
     }
+
+    [[nodiscard]] static FileUndoError keptFolder(std::string name) { return {Kind::keptFolder, std::move(name)}; }
 
     /// The localised message, the name made safe to show.
     [[nodiscard]] std::string errorDescription() const;

@@ -2,6 +2,10 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+
+#include "support/UnicodeText.h"
+
 namespace orbisk::NameGenerator {
 
 SplitName splitExtension(std::string_view name, bool isFolder)
@@ -38,7 +42,17 @@ std::pair<std::string, long long> keepBothStart(const std::string& stem)
 
 std::string joined(std::string_view stem, std::string_view suffix, const std::optional<std::string>& extension)
 {
-    std::string result(stem);
+    // The stem gives way so that the name still fits, cut by whole characters; an extension too
+    // long to leave any of the stem is cut as part of the name instead.
+    const std::size_t tail = suffix.size() + (extension ? extension->size() + 1 : 0);
+    if (stem.size() + tail > maximumNameBytes && extension && tail >= maximumNameBytes) {
+        const std::string whole = std::string(stem) + "." + *extension;
+        return joined(whole, suffix, std::nullopt);
+    }
+    std::string result(
+        stem.size() + tail > maximumNameBytes
+            ? UnicodeText::prefixOfWholeCharacters(stem, maximumNameBytes - std::min(tail, maximumNameBytes))
+            : stem);
     result += suffix;
     if (extension) {
         result += '.';

@@ -11,6 +11,11 @@
 
 namespace orbisk::NameGenerator {
 
+/// The longest name Linux file systems take (NAME_MAX). Every name made here fits: a stem too long
+/// for its suffix is shortened by whole characters (a byte that is not UTF-8 counts as one), and
+/// the extension is kept.
+inline constexpr std::size_t maximumNameBytes = 255;
+
 /// Whether a name is already taken where the new name is wanted.
 using TakenTest = std::function<bool(const std::string& name)>;
 
@@ -50,6 +55,7 @@ tryKeepBothName(std::string_view name, bool isFolder,
 namespace detail {
 /// The stem without a trailing " N" (one to six ASCII digits) and the first number to try.
 std::pair<std::string, long long> keepBothStart(const std::string& stem);
+/// stem, suffix and ".extension", the stem shortened so that the whole fits maximumNameBytes.
 std::string joined(std::string_view stem, std::string_view suffix, const std::optional<std::string>& extension);
 } // namespace detail
 

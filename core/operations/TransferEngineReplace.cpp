@@ -91,7 +91,7 @@ bool TransferEngine::finishReplacement(const Replacement& replacement, const fs:
             return false;
         }
         if (*disposed)
-            report_.undoChanges.push_back(UndoChange::trashed(existing, **disposed));
+            report_.undoChanges.push_back(UndoChange::trashed(existing, **disposed, ItemStamp::of(**disposed)));
     }
 
     auto named = ExclusiveRename::rename(temporary, existing);

@@ -5,6 +5,7 @@
 
 #include "operations/FileOperationError.h"
 #include "operations/ItemActions.h"
+#include "operations/ItemStamp.h"
 #include "platform/MountTable.h"
 #include "support/Paths.h"
 
@@ -56,7 +57,7 @@ OperationReport run(const std::vector<std::filesystem::path>& items, const Cance
                 report.failures.push_back({item, valid.error()});
             } else if (auto location = trash.moveToTrash(item)) {
                 report.completed.push_back({item, *location});
-                report.undoChanges.push_back(UndoChange::trashed(item, *location));
+                report.undoChanges.push_back(UndoChange::trashed(item, *location, ItemStamp::of(*location)));
             } else if (location.error() == EBUSY) {
                 report.failures.push_back({item, busyItem(item)});
             } else if (location.error() == ENOENT) {

@@ -24,10 +24,13 @@ struct UndoChange {
         std::optional<ItemStamp> stamp;
         bool operator==(const Moved&) const = default;
     };
-    /// The operation moved the item at `original` to the Trash, where it is at `inTrash`.
+    /// The operation moved the item at `original` to the Trash, where it is at `inTrash`; the
+    /// stamp is of the item there, so that another item trashed later under the same name is not
+    /// taken for it (absent in records written before stamps were kept).
     struct Trashed {
         std::filesystem::path original;
         std::filesystem::path inTrash;
+        std::optional<ItemStamp> stamp;
         bool operator==(const Trashed&) const = default;
     };
 
@@ -50,9 +53,10 @@ struct UndoChange {
     {
         return {Moved{std::move(from), std::move(to), stamp}};
     }
-    [[nodiscard]] static UndoChange trashed(std::filesystem::path original, std::filesystem::path inTrash)
+    [[nodiscard]] static UndoChange trashed(std::filesystem::path original, std::filesystem::path inTrash,
+                                            std::optional<ItemStamp> stamp)
     {
-        return {Trashed{std::move(original), std::move(inTrash)}};
+        return {Trashed{std::move(original), std::move(inTrash), stamp}};
     }
 
     [[nodiscard]] static UndoChange removedFolder(std::filesystem::path at, unsigned mode)

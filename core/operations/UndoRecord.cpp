@@ -165,15 +165,24 @@ std::expected<UndoChange, std::string> readChange(const Json& json, const std::s
         return UndoChange::moved(fs::path(*from), fs::path(*to), *stamp);
     }
     if (kind == "trashed") {
-        if (auto keys = reader.onlyKeys({"kind", "original", "inTrash"}); !keys)
+        // Records written before trashed items kept their stamp have none; they still read.
+        const bool stamped = json.contains("stamp");
+        auto keys = stamped ? reader.onlyKeys({"kind", "original", "inTrash", "stamp"})
+                            : reader.onlyKeys({"kind", "original", "inTrash"});
+        if (!keys)
             return std::unexpected(keys.error());
         auto original = reader.text("original");
         auto inTrash = reader.text("inTrash");
+        std::expected<std::optional<ItemStamp>, std::string> stamp = std::nullopt;
+        if (stamped)
+            stamp = readStamp(json.at("stamp"), where + ".stamp");
         if (!original)
             return std::unexpected(original.error());
         if (!inTrash)
             return std::unexpected(inTrash.error());
-        return UndoChange::trashed(fs::path(*original), fs::path(*inTrash));
+        if (!stamp)
+            return std::unexpected(stamp.error());
+        return UndoChange::trashed(fs::path(*original), fs::path(*inTrash), *stamp);
     }
     if (kind == "removedFolder") {
         if (auto keys = reader.onlyKeys({"kind", "at", "mode"}); !keys)
@@ -203,8 +212,10 @@ struct ChangeWriter {
     }
     Json operator()(const UndoChange::Trashed& c) const
     {
-        return Json{
-            {"kind", "trashed"}, {"original", escaped(c.original.native())}, {"inTrash", escaped(c.inTrash.native())}};
+        return Json{{"kind", "trashed"},
+                    {"original", escaped(c.original.native())},
+                    {"inTrash", escaped(c.inTrash.native())},
+                    {"stamp", stampJson(c.stamp)}};
     }
     Json operator()(const UndoChange::RemovedFolder& c) const
     {

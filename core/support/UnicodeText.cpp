@@ -56,6 +56,26 @@ void appendUtf8(std::string& out, UChar32 c)
     out.append(reinterpret_cast<const char*>(buffer), static_cast<std::size_t>(length));
 }
 
+std::string_view prefixOfWholeCharacters(std::string_view bytes, std::size_t maxBytes)
+{
+    if (bytes.size() <= maxBytes)
+        return bytes;
+    const auto* s = reinterpret_cast<const uint8_t*>(bytes.data());
+    const auto length = static_cast<int32_t>(bytes.size());
+    int32_t end = 0;
+    for (int32_t i = 0; i < length;) {
+        const int32_t start = i;
+        UChar32 c;
+        U8_NEXT(s, i, length, c);
+        if (c < 0)
+            i = start + 1;
+        if (static_cast<std::size_t>(i) > maxBytes)
+            break;
+        end = i;
+    }
+    return bytes.substr(0, static_cast<std::size_t>(end));
+}
+
 icu::UnicodeString composed(const icu::UnicodeString& text)
 {
     UErrorCode status = U_ZERO_ERROR;

@@ -17,6 +17,11 @@ namespace orbisk::UnicodeText {
 /// outside Unicode's range adds nothing.
 void appendUtf8(std::string& out, UChar32 c);
 
+/// The longest start of bytes that is at most maxBytes long and ends between characters: a valid
+/// UTF-8 sequence is kept or dropped whole, any other byte counts as a character of its own. For
+/// names that must be shortened to fit a length limit without breaking a character.
+[[nodiscard]] std::string_view prefixOfWholeCharacters(std::string_view bytes, std::size_t maxBytes);
+
 /// Canonical composition (NFC).
 [[nodiscard]] icu::UnicodeString composed(const icu::UnicodeString& text);
 

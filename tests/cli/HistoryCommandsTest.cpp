@@ -212,6 +212,70 @@ TEST_F(HistoryCommands, UndoOfAMergeBringsBackTheFolderItEmptiedAndARefusedStepS
     EXPECT_EQ(disk(), before);
 }
 
+// Through the history file too, undo never takes along what it says it left, and its report counts
+// what it did and says what it left.
+TEST_F(HistoryCommands, UndoTakesBackOnlyWhatTheOperationMadeAndSaysWhatItLeft)
+{
+    // A long history file name still gets its lock and temporary file beside it.
+    const std::string record(250, 'h');
+    tree.file("work/src/album/one", "1");
+    tree.folder("work/dst");
+    ASSERT_EQ(cli({"copy", "--record", record, "src/album", "dst"}).exitCode, 0);
+    // A copied folder goes to the Trash whole, with what was added to it since.
+    tree.file("work/dst/album/mine.txt", "mine");
+    const auto undone = cli({"undo", "--record", record});
+    EXPECT_EQ(undone.exitCode, 0) << undone.err;
+    EXPECT_FALSE(tree.exists("work/dst/album"));
+    EXPECT_EQ(tree.read("data/Trash/files/album/mine.txt"), "mine");
+    ASSERT_EQ(cli({"redo", "--record", record}).exitCode, 0);
+    EXPECT_EQ(tree.read("work/dst/album/one"), "1");
+    EXPECT_EQ(tree.read("work/dst/album/mine.txt"), "mine");
+
+    // A new folder and two items moved into it, as one record; then one of them edited.
+    tree.file("work/a", "A");
+    tree.file("work/b", "B");
+    ASSERT_EQ(cli({"new-folder", "--record", record, ".", "Selection"}).exitCode, 0);
+    ASSERT_EQ(cli({"move", "--record", record, "a", "b", "Selection"}).exitCode, 0);
+    auto history = nlohmann::json::parse(tree.read("work/" + record));
+    auto& steps = history["undo"];
+    ASSERT_EQ(steps.size(), 3u);
+    for (const auto& change : steps[2]["changes"])
+        steps[1]["changes"].push_back(change);
+    steps.erase(2);
+    std::ofstream(tree / "work" / record) << history.dump(2);
+    std::ofstream(tree / "work/Selection/a") << "edited";
+
+    const auto partial = cli({"undo", "--record", record});
+    EXPECT_EQ(partial.exitCode, 1);
+    EXPECT_EQ(partial.err, "Undo finished with 2 problems.\nCompleted: 1. Skipped: 0. Failed: 2.\n"
+                           "• “a” changed after the operation, so it was left as it is.\n"
+                           "• “Selection” still holds items that were left as they are, so it was left where it "
+                           "is.\n");
+    EXPECT_EQ(tree.read("work/Selection/a"), "edited");
+    EXPECT_EQ(tree.read("work/b"), "B");
+    EXPECT_FALSE(tree.exists("data/Trash/files/Selection"));
+    ASSERT_EQ(cli({"redo", "--record", record}).exitCode, 0);
+    EXPECT_EQ(tree.read("work/Selection/b"), "B");
+    EXPECT_FALSE(tree.exists("work/b"));
+
+    // A trashed file emptied from the Trash, and another of its name trashed later: undo refuses.
+    tree.file("work/x", "first");
+    ASSERT_EQ(cli({"trash", "--record", record, "x"}).exitCode, 0);
+    fs::remove(tree / "data/Trash/files/x");
+    fs::remove(tree / "data/Trash/info/x.trashinfo");
+    tree.file("work/x", "second");
+    ASSERT_EQ(cli({"trash", "x"}).exitCode, 0);
+    const auto refused = cli({"undo", "--record", record});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_EQ(refused.err, "Undo finished with 1 problems.\nCompleted: 0. Skipped: 0. Failed: 1.\n"
+                           "• “x” is no longer in the Trash (it may have been emptied).\n");
+    EXPECT_FALSE(tree.exists("work/x"));
+    EXPECT_EQ(tree.read("data/Trash/files/x"), "second");
+    EXPECT_TRUE(tree.exists("data/Trash/info/x.trashinfo"));
+    for (const auto& entry : fs::directory_iterator(tree / "work"))
+        EXPECT_EQ(entry.path().filename().native().find(".tmp-"), std::string::npos);
+}
+
 TEST_F(HistoryCommands, UsageErrorsExitTwoAndABadHistoryStopsBeforeAnyChange)
 {
     for (const auto& command : std::vector<std::vector<std::string>>{{"rename", "only-one"},

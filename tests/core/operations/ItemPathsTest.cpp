@@ -5,6 +5,7 @@
 
 #include "TransferTestSupport.h"
 #include "operations/ItemActions.h"
+#include "operations/ItemStamp.h"
 #include "operations/TrashOperation.h"
 #include "support/TempTree.h"
 
@@ -34,7 +35,8 @@ TEST(ItemPaths, DotDotAfterALinkNamesTheItemTheKernelFinds)
     const auto trashed = TrashOperation::run({tree / "lnk/../t"}, token, progress, trash);
     ASSERT_EQ(trashed.completed.size(), 1u);
     EXPECT_EQ(trashed.completed[0].source, top / "real/t");
-    EXPECT_EQ(trashed.undoChanges.at(0), UndoChange::trashed(top / "real/t", trashed.completed[0].destination));
+    EXPECT_EQ(trashed.undoChanges.at(0), UndoChange::trashed(top / "real/t", trashed.completed[0].destination,
+                                                             ItemStamp::of(trashed.completed[0].destination)));
     EXPECT_EQ(tree.read("data/Trash/files/t"), "real");
     EXPECT_EQ(tree.read("t"), "decoy");
 

@@ -6,7 +6,10 @@
 #include <ctime>
 #include <fstream>
 #include <functional>
+#include <map>
+#include <set>
 
+#include "operations/ItemActions.h"
 #include "operations/TransferEngine.h"
 #include "support/TempTree.h"
 
@@ -81,7 +84,8 @@ Run transfer(TempTree& tree, TransferEngine::Kind kind, std::vector<fs::path> so
     Run run;
     const fs::path trash = tree.folder("trash");
     engine.replacedItemDisposer = [&](const fs::path& item) -> std::expected<std::optional<fs::path>, int> {
-        const fs::path where = trash / (std::to_string(run.trashed.size()) + "-" + item.filename().native());
+        const fs::path where =
+            trash / (std::to_string(run.trashed.size()) + "-" + item.filename().native().substr(0, 200));
         if (::rename(item.c_str(), where.c_str()) != 0)
             return std::unexpected(errno);
         run.trashed.push_back(where);
@@ -323,6 +327,98 @@ TEST(TransferEngineConflicts, RenameExistingCountsUpAndNamesThatAreNotUtf8Surviv
     EXPECT_EQ(tree.read("dst/\xE9t\xE9 (old).txt"), "first");
     EXPECT_EQ(tree.read("dst/\xE9t\xE9 (old 2).txt"), "second");
     EXPECT_FALSE(tree.exists("src/" + name));
+}
+
+// Long names: every new name the engine makes (Keep Both, Rename Existing, Duplicate, the hidden
+// replacing name) must still fit in 255 bytes, shortened by whole characters before the extension.
+TEST(TransferEngineConflicts, NamesMadeFromLongNamesAreShortenedToFitByWholeCharacters)
+{
+    std::string accented; // 125 two-byte letters: 250 bytes
+    for (int i = 0; i < 125; ++i)
+        accented += "\xC3\xA9";
+    struct Case {
+        std::string name;
+        bool isFolder;
+        std::string keptStem; ///< what is left of the stem in a Keep Both name
+        std::string copyStem; ///< and in a Duplicate name
+    };
+    const Case cases[] = {
+        {accented + ".txt", false, accented.substr(0, 248), accented.substr(0, 246)},
+        {std::string(251, '\xFF') + ".txt", false, std::string(249, '\xFF'), std::string(246, '\xFF')},
+        {std::string(255, 'f'), true, std::string(253, 'f'), std::string(250, 'f')},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.isFolder ? "folder" : c.name.substr(0, 4));
+        const auto extension = c.isFolder ? std::string() : std::string(".txt");
+        const auto make = [&](TempTree& tree, const std::string& place, const std::string& contents) {
+            if (c.isFolder)
+                tree.file(place + "/" + contents, contents);
+            else
+                tree.file(place, contents);
+        };
+        const auto content = [&](TempTree& tree, const fs::path& item) {
+            return c.isFolder ? fingerprint(item) : "file:" + tree.read(item.lexically_relative(tree.root()).native());
+        };
+        const auto expected = [&](const std::string& contents) {
+            return c.isFolder ? "folder:" + contents + "," : "file:" + contents;
+        };
+        for (const auto choice : {ConflictChoice::keepBoth, ConflictChoice::renameExisting, ConflictChoice::replace,
+                                  ConflictChoice::skip}) {
+            SCOPED_TRACE(static_cast<int>(choice));
+            TempTree tree;
+            make(tree, "src/" + c.name, "new");
+            make(tree, "dst/" + c.name, "old");
+            const bool duplicate = choice == ConflictChoice::skip; // stands for Duplicate here
+            const fs::path source = duplicate ? tree / "dst" / c.name : tree / "src" / c.name;
+            const auto run = transfer(tree, TransferEngine::Kind::copy, {source}, tree / "dst", [&](TransferEngine& e) {
+                e.conflictPolicy = choice;
+                if (duplicate)
+                    e.targetNames[source] = ItemActions::duplicateName(source);
+            });
+            ASSERT_TRUE(run.report.isCompleteSuccess()) << run.report.failures.front().message();
+            EXPECT_FALSE(hasHiddenLeftovers(tree / "dst"));
+
+            std::map<std::string, std::string> names; // every name in dst, by its contents
+            std::set<std::string> all;
+            for (const auto& entry : fs::directory_iterator(tree / "dst")) {
+                const auto name = entry.path().filename().native();
+                EXPECT_LE(name.size(), 255u);
+                names[content(tree, entry.path())] = name;
+                all.insert(name);
+            }
+            const auto made = names[expected(choice == ConflictChoice::renameExisting ? "old" : "new")];
+            switch (choice) {
+            case ConflictChoice::keepBoth:
+                EXPECT_EQ(names[expected("old")], c.name);
+                EXPECT_EQ(made, c.keptStem + " 2" + extension);
+                break;
+            case ConflictChoice::renameExisting:
+                EXPECT_EQ(names[expected("new")], c.name);
+                EXPECT_TRUE(made.ends_with(" (old)" + extension)) << made;
+                EXPECT_TRUE(c.name.starts_with(made.substr(0, made.size() - 6 - extension.size())));
+                break;
+            case ConflictChoice::replace:
+                EXPECT_EQ(names.size(), 1u);
+                EXPECT_EQ(names[expected("new")], c.name);
+                EXPECT_EQ(run.trashed.size(), 1u);
+                break;
+            default:
+                ASSERT_EQ(all.size(), 2u);
+                EXPECT_EQ(*all.rbegin(), c.name);
+                EXPECT_EQ(*all.begin(), c.copyStem + " copy" + extension);
+                break;
+            }
+            // The undo record names the items where they are now.
+            for (const auto& change : run.report.undoChanges) {
+                if (const auto* created = std::get_if<UndoChange::Created>(&change.change)) {
+                    EXPECT_TRUE(fs::exists(fs::symlink_status(created->at)));
+                }
+                if (const auto* moved = std::get_if<UndoChange::Moved>(&change.change)) {
+                    EXPECT_TRUE(fs::exists(fs::symlink_status(moved->to)));
+                }
+            }
+        }
+    }
 }
 
 } // namespace

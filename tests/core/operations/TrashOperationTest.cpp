@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "operations/FileOperationError.h"
+#include "operations/ItemStamp.h"
 #include "operations/TrashOperation.h"
 #include "support/TempTree.h"
 #include "support/Unprivileged.h"
@@ -34,7 +35,8 @@ TEST(TrashOperation, TrashesInOrderAndGoesOnPastFailures)
         EXPECT_EQ(report.completed[i].destination, tree / "data/Trash/files" / done[i].filename());
         EXPECT_FALSE(fs::exists(fs::symlink_status(done[i])));
         EXPECT_TRUE(fs::exists(fs::symlink_status(report.completed[i].destination)));
-        EXPECT_EQ(report.undoChanges[i], UndoChange::trashed(done[i], report.completed[i].destination));
+        EXPECT_EQ(report.undoChanges[i], UndoChange::trashed(done[i], report.completed[i].destination,
+                                                             ItemStamp::of(report.completed[i].destination)));
     }
     ASSERT_EQ(report.failures.size(), 1U);
     EXPECT_EQ(report.failures[0].url, items[1]);

@@ -58,7 +58,7 @@ inline std::map<std::string, std::string> picture(const std::filesystem::path& f
     if (!fs::exists(fs::symlink_status(folder)))
         return entries;
     for (auto it = fs::recursive_directory_iterator(folder); it != fs::recursive_directory_iterator(); ++it) {
-        const auto relative = fs::relative(it->path(), folder).native();
+        const auto relative = it->path().lexically_relative(folder).native(); // never through a link
         if (it->is_symlink())
             entries[relative] = "-> " + fs::read_symlink(it->path()).native();
         else if (it->is_directory())
