@@ -33,6 +33,15 @@ DeflateStream::~DeflateStream()
         ::inflateEnd(stream_.get());
 }
 
+void DeflateStream::reset()
+{
+    if (encoding_)
+        ::deflateReset(stream_.get());
+    else
+        ::inflateReset(stream_.get());
+    finished_ = false;
+}
+
 std::expected<void, ZipError> DeflateStream::process(std::string_view input, bool final, const Output& output)
 {
     z_stream& z = *stream_;

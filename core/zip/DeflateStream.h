@@ -38,6 +38,10 @@ public:
     /// stop from output, corrupt("stream") for a codec failure.
     [[nodiscard]] std::expected<void, ZipError> process(std::string_view input, bool final, const Output& output);
 
+    /// Starts a new stream with the same settings, keeping the allocations: members of an archive
+    /// reuse one stream instead of setting up zlib's state (a few hundred KiB) for each.
+    void reset();
+
     /// Whether the stream has seen (inflating) or written (compressing) its end.
     [[nodiscard]] bool finished() const { return finished_; }
 

@@ -154,10 +154,13 @@ private:
                 return std::nullopt;
             }
             std::string target;
-            auto read = readData(archiveFd, entry, cancellation_, [&](std::string_view block) {
-                target.append(block);
-                return 0;
-            });
+            auto read = readData(
+                archiveFd, entry, cancellation_,
+                [&](std::string_view block) {
+                    target.append(block);
+                    return 0;
+                },
+                &inflater_);
             if (!read)
                 return readFailed(entry, read.error());
             links_.push_back({*components, std::move(target), &entry});
@@ -171,20 +174,23 @@ private:
             return std::nullopt;
         }
         const int fd = file->get();
-        auto read = readData(archiveFd, entry, cancellation_, [&](std::string_view block) {
-            std::size_t done = 0;
-            while (done < block.size()) {
-                const auto n = ::write(fd, block.data() + done, block.size() - done);
-                if (n < 0 && errno == EINTR)
-                    continue;
-                if (n <= 0)
-                    return n < 0 ? errno : EIO;
-                done += static_cast<std::size_t>(n);
-            }
-            progress_.update(
-                [&](OperationProgress& p) { p.completedBytes += static_cast<std::int64_t>(block.size()); });
-            return 0;
-        });
+        auto read = readData(
+            archiveFd, entry, cancellation_,
+            [&](std::string_view block) {
+                std::size_t done = 0;
+                while (done < block.size()) {
+                    const auto n = ::write(fd, block.data() + done, block.size() - done);
+                    if (n < 0 && errno == EINTR)
+                        continue;
+                    if (n <= 0)
+                        return n < 0 ? errno : EIO;
+                    done += static_cast<std::size_t>(n);
+                }
+                progress_.update(
+                    [&](OperationProgress& p) { p.completedBytes += static_cast<std::int64_t>(block.size()); });
+                return 0;
+            },
+            &inflater_);
         if (read) {
             ::fchmod(fd, entry.permissions(0644));
             if (modified) {
@@ -321,6 +327,7 @@ private:
     std::optional<StagingTree> staging_;
     std::vector<PendingLink> links_;
     std::vector<const PendingLink*> created_;
+    std::optional<DeflateStream> inflater_;
 };
 
 } // namespace

@@ -12,6 +12,7 @@
 #include "operations/CancellationToken.h"
 #include "operations/OperationProgressTracker.h"
 #include "operations/OperationReport.h"
+#include "zip/DeflateStream.h"
 #include "zip/ZipError.h"
 
 namespace orbisk::ZipReader {
@@ -57,8 +58,10 @@ struct ReadFailure {
     std::optional<ZipError> zip; ///< the archive's fault
     int code = 0;                ///< the sink's or the system's errno, when not the archive's fault
 };
+/// inflater, when given, is reused (reset) rather than made anew for each member.
 [[nodiscard]] std::expected<void, ReadFailure> readData(int fd, const Entry& entry,
-                                                        const CancellationToken& cancellation, const Sink& write);
+                                                        const CancellationToken& cancellation, const Sink& write,
+                                                        std::optional<DeflateStream>* inflater = nullptr);
 
 /// Extracts the archive into the folder `into`: everything is unpacked into a hidden staging
 /// folder ".ob-extract-<uuid>" there, checked, and only then moved into place under a free name

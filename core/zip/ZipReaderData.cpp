@@ -30,7 +30,7 @@ std::unexpected<ReadFailure> systemFailure(int code)
 } // namespace
 
 std::expected<void, ReadFailure> readData(int fd, const Entry& entry, const CancellationToken& cancellation,
-                                          const Sink& write)
+                                          const Sink& write, std::optional<DeflateStream>* reused)
 {
     if (entry.overlapping)
         return zipFailure(ZipError::corrupt(entry.name));
@@ -49,12 +49,19 @@ std::expected<void, ReadFailure> readData(int fd, const Entry& entry, const Canc
     if (start + entry.compressedSize > entry.dataLimit)
         return zipFailure(ZipError::corrupt(entry.name));
 
-    std::optional<DeflateStream> inflater;
+    std::optional<DeflateStream> own;
+    std::optional<DeflateStream>& stream = reused ? *reused : own;
+    DeflateStream* inflater = nullptr;
     if (entry.method == 8) {
-        auto made = DeflateStream::make(false);
-        if (!made)
-            return zipFailure(made.error());
-        inflater.emplace(std::move(*made));
+        if (stream) {
+            stream->reset();
+        } else {
+            auto made = DeflateStream::make(false);
+            if (!made)
+                return zipFailure(made.error());
+            stream.emplace(std::move(*made));
+        }
+        inflater = &*stream;
     }
     CRC32 crc;
     std::uint64_t produced = 0;

@@ -161,9 +161,15 @@ private:
     // Reads the file in mebibyte chunks through the compressor into the archive.
     std::optional<Problem> writeData(const Entry& entry, int fd, CentralRecord& record)
     {
-        auto stream = DeflateStream::make(true);
-        if (!stream)
-            return Stop{stream.error().errorDescription()};
+        if (!stream_) {
+            auto made = DeflateStream::make(true);
+            if (!made)
+                return Stop{made.error().errorDescription()};
+            stream_.emplace(std::move(*made));
+        } else {
+            stream_->reset();
+        }
+        auto& stream = stream_;
         CRC32 crc;
         std::uint64_t compressed = 0;
         std::uint64_t uncompressed = 0;
@@ -228,6 +234,7 @@ private:
     const CancellationToken& cancellation_;
     OperationProgressTracker& progress_;
     std::string buffer_;
+    std::optional<DeflateStream> stream_;
 };
 
 std::string centralDirectory(const std::vector<CentralRecord>& records)

@@ -23,7 +23,9 @@ void collectOne(const fs::path& source, const std::string& name, std::size_t top
 {
     struct stat status {};
     if (::lstat(source.c_str(), &status) != 0) {
-        report.failures.push_back({source, FileOperationError::system(errno, "read", source)});
+        const int code = errno;
+        report.failures.push_back({source, code == ENOENT ? FileOperationError::itemMissing(source)
+                                                          : FileOperationError::system(code, "read", source)});
         return;
     }
     if (S_ISLNK(status.st_mode)) {
