@@ -66,6 +66,7 @@ std::expected<void, ReadFailure> readData(int fd, const Entry& entry, const Canc
     CRC32 crc;
     std::uint64_t produced = 0;
     int sinkError = 0;
+    bool stopped = false;
     const DeflateStream::Output output = [&](std::string_view block) {
         // A member that inflates past its declared size is stopped here, before the bytes reach
         // the disk: a lying size can cost at most one block.
@@ -74,6 +75,11 @@ std::expected<void, ReadFailure> readData(int fd, const Entry& entry, const Canc
         produced += block.size();
         crc.update(block);
         sinkError = write(block);
+        // One compressed mebibyte can inflate to a thousand times more: the check goes per block.
+        if (sinkError == 0 && cancellation.isCancelled()) {
+            stopped = true;
+            return false;
+        }
         return sinkError == 0;
     };
 
@@ -100,6 +106,8 @@ std::expected<void, ReadFailure> readData(int fd, const Entry& entry, const Canc
         left -= size;
         if (inflater) {
             if (auto processed = inflater->process(chunk, left == 0, output); !processed) {
+                if (stopped)
+                    return systemFailure(ECANCELED);
                 if (sinkError != 0)
                     return systemFailure(sinkError);
                 return zipFailure(ZipError::corrupt(entry.name));
@@ -107,6 +115,8 @@ std::expected<void, ReadFailure> readData(int fd, const Entry& entry, const Canc
             if (inflater->finished())
                 break;
         } else if (!output(chunk)) {
+            if (stopped)
+                return systemFailure(ECANCELED);
             if (sinkError != 0)
                 return systemFailure(sinkError);
             return zipFailure(ZipError::corrupt(entry.name));

@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 
@@ -51,6 +52,8 @@ void collectOne(const fs::path& source, const std::string& name, std::size_t top
         if (errno != 0)
             report.failures.push_back({source, FileOperationError::system(errno, "read", source)});
         dir.reset();
+        // Sorted by their bytes, so that the same folder always gives the same archive.
+        std::ranges::sort(children);
         // The listing is read whole before descending, so that at most one folder is open at a time.
         for (const auto& child : children)
             collectOne(source / child, name + "/" + child, top, entries, bytes, report);

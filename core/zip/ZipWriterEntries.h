@@ -20,7 +20,7 @@ struct Entry {
 };
 
 /// Walks the sources without following links: each folder before its contents, the contents in
-/// the order the folder lists them. Unreadable items and special files are added to report as
+/// the order of their names' bytes. Unreadable items and special files are added to report as
 /// failures and left out. bytes receives the total size of the files.
 [[nodiscard]] std::vector<Entry> collect(const std::vector<std::filesystem::path>& sources, std::int64_t& bytes,
                                          OperationReport& report);
