@@ -89,8 +89,10 @@ void MainWindow::buildCommands()
             [this] { files_->duplicate(activePane()); });
     connect(addCommand(file, C::moveToTrash, translate("Orbisk", "Move to Trash…")), &QAction::triggered, this,
             [this] { files_->moveToTrash(); });
-    addLaterCommand(file, C::compressToOtherPane, translate("Orbisk", "Compress to ZIP"));
-    addLaterCommand(file, C::extractToOtherPane, translate("Orbisk", "Extract ZIP"));
+    connect(addCommand(file, C::compressToOtherPane, translate("Orbisk", "Compress to ZIP…")), &QAction::triggered,
+            this, [this] { files_->compressToOtherPane(); });
+    connect(addCommand(file, C::extractToOtherPane, translate("Orbisk", "Extract ZIP")), &QAction::triggered, this,
+            [this] { files_->extractToOtherPane(); });
     addLaterCommand(file, C::quickPreview, translate("Orbisk", "Quick Look"));
     addLaterCommand(file, C::revealInFileManager, translate("Orbisk", "Show in File Manager"));
     file->addSeparator();
@@ -277,6 +279,8 @@ void MainWindow::updateCommands()
         command(identifier)->setEnabled(selection);
     const auto focused = pane.focusedItem();
     command(C::renameInPlace)->setEnabled(focused && !focused->isParentLink);
+    command(C::compressToOtherPane)->setEnabled(selection || (focused && !focused->isParentLink));
+    command(C::extractToOtherPane)->setEnabled(focused && !focused->isParentLink && !focused->isDirectory);
     command(C::toggleHiddenFiles)->setChecked(settings_.showHiddenFiles());
     functionKeyBarToggle_->setText(qtext(settings_.showFunctionKeyBar()
                                              ? translate("Orbisk", "Hide Function Key Bar")
