@@ -2,7 +2,7 @@
 # Times `orbisk-cli zip` against `zip -r -6` and `bsdtar --format zip`, and `orbisk-cli extract`
 # against `unzip` and `bsdtar -x`, on the same data in the same run: a folder of text files and a
 # tree of many small files. Commands alternate (A B C A B C ...), every run writes into a fresh
-# place, and the medians of wall and CPU time are reported with each tool's peak memory and
+# place (outputs are deleted only after each set), and the medians of wall and CPU time are reported with each tool's peak memory and
 # archive size. Prints a Markdown section for docs/PERFORMANCE.md.
 #
 #   bench/zip.sh [BUILD_DIR]   environment: RUNS (default 3), TEXT_MIB (default 300),
@@ -94,7 +94,6 @@ for set in text small; do
             read -r w c m < <(compress "$tool" "$set" "$archive")
             wall[$tool]+="$w " cpu[$tool]+="$c " memory[$tool]=$m size[$tool]=$(stat -c %s "$archive")
             [[ $tool == zip && $round == 1 ]] && cp "$archive" "$work/$set-peer.zip"
-            rm -f "$archive"
         done
     done
     for ((round = 1; round <= runs; round++)); do
@@ -103,8 +102,10 @@ for set in text small; do
             read -r w c m < <(extract "$tool" "$work/$set-peer.zip" "$out")
             wall[x$tool]+="$w " cpu[x$tool]+="$c " memory[x$tool]=$m
         done
-        rm -rf "$work"/out-"$set"-*-"$round"
     done
+    # Deleted only after the whole set: on ext4, creating many files soon after deleting many is
+    # several times slower, and whichever tool ran next would pay for it.
+    rm -rf "$work"/out-"$set"-* "$work"/"$set"-*-*.zip
     med() { tr ' ' '\n' <<<"${wall[$1]}" | grep . | median; }
     medc() { tr ' ' '\n' <<<"${cpu[$1]}" | grep . | median; }
     echo
