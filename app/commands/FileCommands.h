@@ -54,6 +54,18 @@ public:
     /// The question and explanation the Trash command asks with for items.
     [[nodiscard]] static std::pair<std::string, std::string> trashQuestion(const std::vector<FileItem>& items);
 
+    // ZIP archives (ZipCommands.cpp)
+    /// Shift+F9: asks for the archive's name (proposed free in the other pane's folder, editable),
+    /// then compresses the selection, or the item under the cursor, into it. Null with nothing chosen.
+    NamePrompt* compressToOtherPane();
+    /// Ctrl+Shift+F9: extracts the archive under the cursor into the other pane's folder. False
+    /// when the cursor is on no file.
+    bool extractToOtherPane();
+    /// The name Compress proposes: the one item's name, or the folder's, with ".zip", made free in into.
+    [[nodiscard]] static std::string proposedArchiveName(const std::vector<FileItem>& items,
+                                                         const std::filesystem::path& from,
+                                                         const std::filesystem::path& into);
+
     // Clipboard and drops (ClipboardCommands.cpp)
     /// Puts the active pane's selection on the clipboard as files.
     void copyFiles();

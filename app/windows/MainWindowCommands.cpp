@@ -8,8 +8,8 @@
 #include "support/DisplayText.h"
 #include "support/L10n.h"
 #include "support/Paths.h"
-#include "tools/BreakdownView.h"
 #include "text/TextWindows.h"
+#include "tools/BreakdownView.h"
 #include "windows/CommandKeys.h"
 #include "windows/FileListView.h"
 #include "windows/FunctionKeyBar.h"
@@ -98,8 +98,10 @@ void MainWindow::buildCommands()
             [this] { files_->duplicate(activePane()); });
     connect(addCommand(file, C::moveToTrash, translate("Orbisk", "Move to Trash…")), &QAction::triggered, this,
             [this] { files_->moveToTrash(); });
-    addLaterCommand(file, C::compressToOtherPane, translate("Orbisk", "Compress to ZIP"));
-    addLaterCommand(file, C::extractToOtherPane, translate("Orbisk", "Extract ZIP"));
+    connect(addCommand(file, C::compressToOtherPane, translate("Orbisk", "Compress to ZIP…")), &QAction::triggered,
+            this, [this] { files_->compressToOtherPane(); });
+    connect(addCommand(file, C::extractToOtherPane, translate("Orbisk", "Extract ZIP")), &QAction::triggered, this,
+            [this] { files_->extractToOtherPane(); });
     connect(addCommand(file, C::quickPreview, translate("Orbisk", "Quick Preview")), &QAction::triggered, this, [this] {
         if (const auto path = focusedFile(true))
             texts_->togglePreview(*path);
@@ -297,6 +299,8 @@ void MainWindow::updateCommands()
     command(C::viewFile)->setEnabled(focusedFile(false).has_value());
     command(C::editFile)->setEnabled(focusedFile(false).has_value());
     command(C::quickPreview)->setEnabled(focusedFile(true).has_value() || texts_->previewShown());
+    command(C::compressToOtherPane)->setEnabled(selection || (focused && !focused->isParentLink));
+    command(C::extractToOtherPane)->setEnabled(focused && !focused->isParentLink && !focused->isDirectory);
     command(C::toggleHiddenFiles)->setChecked(settings_.showHiddenFiles());
     functionKeyBarToggle_->setText(qtext(settings_.showFunctionKeyBar()
                                              ? translate("Orbisk", "Hide Function Key Bar")

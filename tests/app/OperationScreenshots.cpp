@@ -1,11 +1,14 @@
 // Pictures of the operation dialogs over the real window for docs/screenshots, taken only when
 // ORBISK_SCREENSHOT_DIR names a folder (run under Xvfb with QT_QPA_PLATFORM=xcb).
 #include "AppSettings.h"
+#include "commands/FileCommands.h"
 #include "dialogs/ConflictDialog.h"
+#include "dialogs/NamePrompt.h"
 #include "dialogs/ProgressPanel.h"
 #include "operations/FileUndoCenter.h"
 #include "operations/OperationRunner.h"
 #include "panes/PaneViewController.h"
+#include "support/Processes.h"
 #include "support/TempTree.h"
 #include "windows/MainWindow.h"
 
@@ -124,6 +127,40 @@ TEST_F(OperationScreenshots, ReportAlertWithSeveralFailures)
     QMessageBox* alert = window_->findChild<QMessageBox*>();
     ASSERT_NE(alert, nullptr);
     snap("report-alert.png");
+    alert->close();
+}
+
+TEST_F(OperationScreenshots, CompressDialog)
+{
+    auto& pane = window_->pane(Side::left);
+    std::vector<int> rows;
+    for (std::size_t i = 0; i < pane.rows().size(); ++i)
+        if (!pane.rows()[i].isParentLink)
+            rows.push_back(static_cast<int>(i));
+    pane.setSelectionFromView(rows, rows.front());
+    auto* prompt = window_->files().compressToOtherPane();
+    ASSERT_NE(prompt, nullptr);
+    snap("compress-dialog.png");
+    prompt->reject();
+}
+
+TEST_F(OperationScreenshots, ExtractReportListingRefusedMembers)
+{
+    const auto made =
+        run({"python3", ORBISK_SOURCE_DIR "/tests/core/zip/hostile_archives.py", (home_ / "hostile").native()});
+    ASSERT_EQ(made.exitCode, 0) << made.err;
+    fs::copy_file(home_ / "hostile/escapes.zip", home_ / "Projects/Downloaded.zip");
+    auto& pane = window_->pane(Side::left);
+    pane.reload();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !pane.isLoading(); }));
+    for (std::size_t i = 0; i < pane.rows().size(); ++i)
+        if (pane.rows()[i].name() == "Downloaded.zip")
+            pane.setSelectionFromView({static_cast<int>(i)}, static_cast<int>(i));
+    ASSERT_TRUE(window_->files().extractToOtherPane());
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window_->operations().runningCount() == 0; }));
+    QMessageBox* alert = nullptr;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (alert = window_->findChild<QMessageBox*>()) != nullptr; }));
+    snap("extract-report-alert.png");
     alert->close();
 }
 

@@ -1,0 +1,20 @@
+// The one-line progress display of long orbisk-cli commands on a terminal.
+#pragma once
+
+#include <thread>
+
+#include "operations/OperationProgressTracker.h"
+
+namespace orbisk::cli {
+
+/// Redraws counts, bytes and the current item's name on stderr every 0.1 s while it lives, when
+/// stderr is a terminal; clears the line when it goes away. Nothing at all otherwise.
+class ProgressLine {
+public:
+    explicit ProgressLine(const OperationProgressTracker& tracker);
+
+private:
+    std::jthread thread_;
+};
+
+} // namespace orbisk::cli
