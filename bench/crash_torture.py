@@ -617,6 +617,8 @@ def main():
     parser.add_argument("--seed", type=int, default=random.randrange(1 << 31))
     parser.add_argument("--big-mib", type=int, default=24, help="size of the biggest file")
     parser.add_argument("--scenario", action="append", help="run only these (repeatable)")
+    parser.add_argument("--except", dest="excluded", action="append", default=[],
+                        help="leave these out (repeatable)")
     parser.add_argument("--replay", help="SCENARIO:SEED: one kill again, keeping its sandbox")
     parser.add_argument("--work", default=tempfile.gettempdir(), help="where sandboxes are made")
     parser.add_argument("--other", help="a folder on another volume (default: a private tmpfs, or /dev/shm)")
@@ -632,8 +634,9 @@ def main():
     if options.replay:
         name, _, seed = options.replay.rpartition(":")
         options.scenario, replay_seed, options.keep = [name], int(seed), True
-    if options.scenario:
-        chosen = [s for s in chosen if s.name in options.scenario]
+    if options.scenario or options.excluded:
+        chosen = [s for s in chosen if (not options.scenario or s.name in options.scenario)
+                  and s.name not in options.excluded]
         if not chosen:
             print(f"no such scenario; known: {', '.join(s.name for s in scenarios())}", file=sys.stderr)
             return 2
