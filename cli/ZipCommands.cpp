@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "ArgumentPaths.h"
 #include "Command.h"
 #include "Interruption.h"
 #include "Problems.h"
@@ -53,11 +54,12 @@ int runZip(std::span<const std::string> arguments)
         return usageError(zipCommand, parsed.error());
     if (parsed->positional.size() < 2)
         return usageError(zipCommand, "needs at least one source and the archive to create");
+    auto items = itemArguments(std::span(parsed->positional).first(parsed->positional.size() - 1));
+    if (!items)
+        return usageError(zipCommand, items.error());
     if (!loadHistory(parsed->recordFile))
         return exitFailure;
-    std::vector<fs::path> sources;
-    for (std::size_t i = 0; i + 1 < parsed->positional.size(); ++i)
-        sources.push_back(argumentPath(parsed->positional[i]));
+    const std::vector<fs::path> sources = std::move(*items);
     const fs::path archive = argumentPath(parsed->positional.back());
 
     CancellationToken token;
