@@ -100,15 +100,7 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Compress to ZIP</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>Extract ZIP</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Quick Look</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -1410,6 +1402,436 @@ Keep Both makes a copy with a new name. Nothing is overwritten.</source>
     </message>
     <message>
         <source>the item was left under this temporary name.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Archive</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compress “%@” into a ZIP archive in:
+%@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compress %lld items into a ZIP archive in:
+%@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compress</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The archive couldn’t be created.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compress “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compress %lld items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compressing into “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>To: %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Extract “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Extracting “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Extract</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Encoding used when saving</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Line endings used when saving</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This file mixes line endings. Saving writes %@ everywhere.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replaced %lld</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save As…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Revert to Saved</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Close</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Undo Typing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Redo Typing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find and Replace…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find Next</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save As</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Saved</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” couldn’t be saved.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reload</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” couldn’t be opened for editing.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search wrapped to the beginning</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not found</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Do you want to save the changes to “%@”?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your changes will be lost if you don’t save them.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replace with</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Replace All</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Match case</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quick Preview</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>1 item</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open in Default Application</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Wrap Lines</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show as Hex</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Follow Growing File</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Binary</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not UTF-8: invalid bytes shown as �</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Searching…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Share</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Breakdown of %@</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Another volume is mounted here; its contents aren’t counted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This folder couldn’t be read.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Measuring… %@ so far (%lld of %lld folders)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%@ in %lld files and %lld folders</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld items couldn’t be read and aren’t counted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Find in “%@”</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name contains, or pattern like *.pdf;*.docx</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Text inside the file (optional)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Include hidden files</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Regular expression</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Look in:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Containing:</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Line</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Searching… %lld found</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld found in %@ items</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>(result limit reached)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>(stopped)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld folders couldn’t be read</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The regular expression isn’t valid (%@).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Compress to ZIP…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Breakdown Follows Cursor</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is where another volume is mounted; its contents were not copied.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is where another volume is mounted, so it can’t be moved. Nothing was changed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is where another volume is mounted, so it can’t be moved to the Trash. Nothing was changed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” holds another volume, mounted at %@, so it can’t be moved to the Trash. Nothing was changed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” holds another volume, mounted at %@, so it can’t be moved. Nothing was changed.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” still holds items that were left as they are, so it was left where it is.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“.” and “..” stand for folders by their place; name the folder itself.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not everything inside it could be copied. The existing item was left unchanged.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it is no longer where it was (another program moved or deleted it during the move).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%lld items were moved or deleted by another program during the move (%@).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>LF (Unix/macOS)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CRLF (Windows)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>CR (classic Mac)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>UTF-8</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>UTF-8 with BOM</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>UTF-16 LE (BOM)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>UTF-16 BE (BOM)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file is too large to edit (%@; the limit is %@).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file appears to be binary, not plain text.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file is not valid UTF-8 or BOM-marked UTF-16. To avoid corrupting it, it is not converted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file was changed by another application after it was opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file was moved or deleted by another application after it was opened.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The text can’t be represented in the file’s encoding.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is not a regular file (it may be a folder, a pipe or a device).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is encrypted; encrypted archives are not supported.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” uses compression method %lld, which is not supported.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is damaged in the archive.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” failed its checksum; the archive may be damaged.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” has an unsafe path (absolute or containing “..”) and was not extracted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The symbolic link “%@” points outside the extracted folder and was not created.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” is 4 GB or larger, which needs ZIP64 (not supported).</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The file is not a ZIP archive or is damaged.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>ZIP64 archives (larger than 4 GB or with more than 65,535 entries) are not supported.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>“%@” has a modification date after 2107, which a ZIP archive can’t hold.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
