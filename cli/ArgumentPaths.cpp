@@ -12,6 +12,11 @@ fs::path argumentPath(const std::string& argument)
     return Paths::itemPath(argument);
 }
 
+fs::path folderArgument(const std::string& argument)
+{
+    return Paths::folderPath(argument);
+}
+
 std::expected<std::vector<fs::path>, std::string> itemArguments(std::span<const std::string> arguments)
 {
     std::vector<fs::path> items;

@@ -14,6 +14,10 @@ namespace orbisk::cli {
 /// did that already: a literal "~" is a name) and no blank is trimmed; ".." is the kernel's.
 [[nodiscard]] std::filesystem::path argumentPath(const std::string& argument);
 
+/// A folder given on the command line to put things in (Paths::folderPath): like argumentPath, but a
+/// last "." or ".." is the folder it names ("extract a.zip ." extracts into the current folder).
+[[nodiscard]] std::filesystem::path folderArgument(const std::string& argument);
+
 /// The items named by arguments, or, when one of them ends in "." or "..", the problem for the
 /// usage message: such a path names a folder by its place, and it is refused before anything is
 /// touched, as rm refuses it.

@@ -86,7 +86,7 @@ int runExtract(std::span<const std::string> arguments)
     if (!loadHistory(parsed->recordFile))
         return exitFailure;
     const fs::path archive = argumentPath(parsed->positional[0]);
-    const fs::path destination = argumentPath(parsed->positional[1]);
+    const fs::path destination = folderArgument(parsed->positional[1]);
 
     CancellationToken token;
     OperationProgressTracker tracker;
