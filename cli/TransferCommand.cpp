@@ -11,7 +11,9 @@
 
 #include "ArgumentPaths.h"
 #include "Command.h"
+#include "Interruption.h"
 #include "Problems.h"
+#include "ProgressLine.h"
 #include "RecordFile.h"
 #include "operations/RenameMask.h"
 #include "operations/TransferEngine.h"
@@ -96,28 +98,6 @@ ConflictDecision askOnTerminal(const NameConflict& conflict)
     return decision;
 }
 
-// Redraws one line on stderr every 0.1 s until stopped.
-void showProgress(const OperationProgressTracker& tracker, const std::stop_token& stop)
-{
-    while (!stop.stop_requested()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        const OperationProgress p = tracker.snapshot();
-        std::lock_guard guard(terminalLock);
-        std::string line = std::to_string(p.completedItems);
-        if (p.totalItems)
-            line += "/" + std::to_string(*p.totalItems);
-        line += " items, " + formatByteCount(p.completedBytes);
-        if (p.totalBytes)
-            line += " of " + formatByteCount(*p.totalBytes);
-        if (p.currentPath)
-            line += "  " + DisplayText::visible(fs::path(*p.currentPath).filename().native());
-        std::fprintf(stderr, "\r\033[K%s", line.c_str());
-        std::fflush(stderr);
-    }
-    std::lock_guard guard(terminalLock);
-    std::fprintf(stderr, "\r\033[K");
-}
-
 int runTransfer(const Command& command, TransferEngine::Kind kind, std::span<const std::string> arguments)
 {
     std::optional<ConflictChoice> policy;
@@ -194,9 +174,8 @@ int runTransfer(const Command& command, TransferEngine::Kind kind, std::span<con
 
     OperationReport report;
     {
-        std::jthread progressLine;
-        if (::isatty(STDERR_FILENO))
-            progressLine = std::jthread([&tracker](const std::stop_token& stop) { showProgress(tracker, stop); });
+        const CancelOnInterrupt interrupt(token);
+        const ProgressLine line(tracker, &terminalLock);
         report = engine.run();
     }
 
