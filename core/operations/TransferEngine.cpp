@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <set>
 #include <system_error>
 
 #include "operations/ItemActions.h"
@@ -84,13 +85,18 @@ OperationReport TransferEngine::run()
         names[cleanPath(source)] = name;
 
     std::vector<Plan> plans;
+    // One item named twice ("c" and "./c", a glob and a name) is one item: copied once, and a move
+    // must not take it from where its first copy already took it.
+    std::set<fs::path> named;
     for (const auto& source : sources_) {
         if (cancellation_.isCancelled()) {
             report_.cancelled = true;
             return finish();
         }
-        const auto named = names.find(source);
-        const std::string targetName = named != names.end() ? named->second : source.filename().native();
+        if (!named.insert(source).second)
+            continue;
+        const auto given = names.find(source);
+        const std::string targetName = given != names.end() ? given->second : source.filename().native();
         if (!checkSource(source, destination, targetName))
             continue;
         auto plan = makePlan(source, destination);

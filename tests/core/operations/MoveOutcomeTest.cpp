@@ -139,6 +139,28 @@ TEST_F(MoveOutcome, AMoveAcrossVolumesRemovesOnlyFoldersThatWereCopied)
     }
 }
 
+// The same item named twice ("c" and "./c", as a glob and a name give it) is moved once: before,
+// the second copy found its original gone, and undo put both copies in the Trash.
+TEST_F(MoveOutcome, AnItemNamedTwiceIsMovedOnceAndUndoneOnce)
+{
+    tree.file("c", "C");
+    for (const auto policy : {ConflictChoice::keepBoth, ConflictChoice::replace}) {
+        SCOPED_TRACE(static_cast<int>(policy));
+        const auto report =
+            transfer(Kind::move, {tree / "c", tree / "./c"}, other.root(),
+                     [policy](TransferEngine& engine, auto&, auto&) { engine.conflictPolicy = policy; });
+        EXPECT_TRUE(report.failures.empty()) << messages(report.failures).front();
+        ASSERT_EQ(report.completed.size(), 1U);
+        EXPECT_EQ(contents(other.root()), (Picture{{"c", "C"}}));
+        EXPECT_FALSE(tree.exists("c"));
+        ASSERT_EQ(report.undoChanges.size(), 1U);
+
+        EXPECT_TRUE(undo(report).isComplete());
+        EXPECT_EQ(tree.read("c"), "C");
+        EXPECT_TRUE(contents(other.root()).empty());
+    }
+}
+
 // Replace is all or nothing: a new folder that could not be copied whole does not replace the
 // old one, whose contents stay, and no hidden partial copy is left beside it.
 TEST_F(MoveOutcome, ReplaceKeepsTheOldFolderWhenAnythingInsideTheNewOneFailed)
