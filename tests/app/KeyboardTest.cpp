@@ -1,0 +1,146 @@
+// The window used from the keyboard alone: real key presses on whatever has the focus, offscreen.
+#include "AppSettings.h"
+#include "WindowHarness.h"
+#include "dialogs/ConflictDialog.h"
+#include "dialogs/ProgressPanel.h"
+#include "dialogs/TransferDialog.h"
+#include "operations/OperationRunner.h"
+#include "panes/PaneViewController.h"
+#include "windows/FileListView.h"
+#include "windows/MainWindow.h"
+#include "windows/PaneWidget.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <set>
+#include <string>
+#include <thread>
+
+namespace orbisk::test {
+namespace {
+
+namespace fs = std::filesystem;
+using Names = std::set<std::string>;
+
+class KeyboardTest : public WindowTest {
+protected:
+    void SetUp() override
+    {
+        home_.folder("right");
+        home_.folder(".local/share");
+        for (const char* name : {"a", "b", "c", "d", "e"})
+            home_.file(std::string("left/") + name, name);
+        WindowTest::SetUp();
+        if (HasFatalFailure())
+            return;
+        openPanes("left", "right");
+        window_->setActiveSide(Side::left);
+    }
+
+    PaneViewController& left() { return window_->pane(Side::left); }
+    static QWidget* focused() { return QApplication::focusWidget(); }
+    /// A key press where the keyboard is now, as the user's would land.
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        QTest::keyClick(focused() ? focused() : window_.get(), static_cast<Qt::Key>(key), modifiers);
+    }
+    [[nodiscard]] std::string cursor()
+    {
+        const auto item = left().focusedItem();
+        return item ? item->name() : std::string("(none)");
+    }
+    [[nodiscard]] bool enabled(ShortcutCommand command) { return window_->command(command)->isEnabled(); }
+    /// Moves the cursor onto name with Down alone.
+    void downTo(const std::string& name)
+    {
+        press(Qt::Key_Home);
+        for (std::size_t i = 0; i < left().rows().size() && cursor() != name; ++i)
+            press(Qt::Key_Down);
+        ASSERT_EQ(cursor(), name);
+    }
+    /// Waits for a visible window of type Widget that has the keyboard focus.
+    template <class Widget> Widget* focusedWindow()
+    {
+        Widget* found = nullptr;
+        static_cast<void>(QTest::qWaitFor([&] {
+            found = focused() ? qobject_cast<Widget*>(focused()->window()) : nullptr;
+            return found != nullptr && found->isVisible();
+        }));
+        return found;
+    }
+    template <class Widget> Widget* shown()
+    {
+        Widget* found = nullptr;
+        static_cast<void>(QTest::qWaitFor([&] {
+            for (auto* widget : window_->findChildren<Widget*>())
+                if (widget->isVisible())
+                    found = widget;
+            return found != nullptr;
+        }));
+        return found;
+    }
+    [[nodiscard]] bool settled()
+    {
+        return QTest::qWaitFor([this] { return window_->operations().runningCount() == 0; }) && panesSettled();
+    }
+    /// F8 and Return in the question that follows.
+    void trashWithKeys()
+    {
+        press(Qt::Key_F8);
+        ASSERT_NE(focusedWindow<QMessageBox>(), nullptr) << "the question has the keyboard";
+        press(Qt::Key_Return);
+        ASSERT_TRUE(settled());
+    }
+};
+
+TEST_F(KeyboardTest, HomeAndEndGoToTheFirstAndLastItemAndSelectIt)
+{
+    window_->paneWidget(Side::left).list()->setFocus();
+    ASSERT_EQ(focused(), window_->paneWidget(Side::left).list());
+    downTo("b");
+
+    press(Qt::Key_End);
+    EXPECT_EQ(cursor(), "e");
+    EXPECT_EQ(left().selectedNames(), Names{"e"});
+    EXPECT_TRUE(enabled(ShortcutCommand::moveToTrash));
+    EXPECT_EQ(window_->paneWidget(Side::left).list()->currentIndex().column(), 0) << "the cursor stays in the names";
+
+    press(Qt::Key_Home);
+    EXPECT_EQ(cursor(), "..");
+    EXPECT_TRUE(left().selectedNames().empty());
+
+    press(Qt::Key_Down);
+    press(Qt::Key_End, Qt::ShiftModifier);
+    EXPECT_EQ(cursor(), "e");
+    EXPECT_EQ(left().selectedNames(), (Names{"a", "b", "c", "d", "e"}));
+    press(Qt::Key_Up);
+    press(Qt::Key_Home, Qt::ShiftModifier);
+    EXPECT_EQ(cursor(), "..");
+    EXPECT_EQ(left().selectedNames(), (Names{"a", "b", "c", "d"})) << "Shift+Home extends up from d";
+
+    // The Ctrl forms move the same way and select too, rather than only moving a cursor.
+    press(Qt::Key_End, Qt::ControlModifier);
+    EXPECT_EQ(cursor(), "e");
+    EXPECT_EQ(left().selectedNames(), Names{"e"});
+    EXPECT_TRUE(enabled(ShortcutCommand::copyToOtherPane));
+    EXPECT_TRUE(enabled(ShortcutCommand::moveToOtherPane));
+    EXPECT_TRUE(enabled(ShortcutCommand::moveToTrash));
+    press(Qt::Key_Up);
+    press(Qt::Key_Home, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(cursor(), "..");
+    EXPECT_EQ(left().selectedNames(), (Names{"a", "b", "c", "d"}));
+    press(Qt::Key_Home, Qt::ControlModifier);
+    press(Qt::Key_Down);
+    EXPECT_EQ(cursor(), "a");
+    EXPECT_EQ(left().selectedNames(), Names{"a"});
+}
+
+} // namespace
+} // namespace orbisk::test
