@@ -88,7 +88,15 @@ protected:
     }
     [[nodiscard]] bool settled()
     {
-        return QTest::qWaitFor([this] { return window_->operations().runningCount() == 0; }) && panesSettled();
+        if (!QTest::qWaitFor([this] { return window_->operations().runningCount() == 0; }) || !panesSettled())
+            return false;
+        // A window manager gives the keyboard back to the window when its dialog closes; offscreen
+        // there is none to do it.
+        if (!QApplication::activeWindow()) {
+            window_->activateWindow();
+            return QTest::qWaitForWindowActive(window_.get());
+        }
+        return true;
     }
     /// F8 and Return in the question that follows.
     void trashWithKeys()
@@ -140,6 +148,40 @@ TEST_F(KeyboardTest, HomeAndEndGoToTheFirstAndLastItemAndSelectIt)
     press(Qt::Key_Down);
     EXPECT_EQ(cursor(), "a");
     EXPECT_EQ(left().selectedNames(), Names{"a"});
+}
+
+TEST_F(KeyboardTest, AfterTrashAndMoveTheCursorLandsBesideTheRemovedItems)
+{
+    window_->paneWidget(Side::left).list()->setFocus();
+    downTo("b");
+    press(Qt::Key_Down, Qt::ShiftModifier);
+    ASSERT_EQ(left().selectedNames(), (Names{"b", "c"}));
+    trashWithKeys();
+    ASSERT_FALSE(home_.exists("left/b"));
+    EXPECT_EQ(cursor(), "d") << "the item after the removed ones";
+    EXPECT_EQ(left().selectedNames(), Names{"d"});
+    EXPECT_TRUE(enabled(ShortcutCommand::moveToTrash)) << "F8 can be pressed again at once";
+
+    // The last item gone: the one before it takes the cursor.
+    press(Qt::Key_End);
+    trashWithKeys();
+    ASSERT_FALSE(home_.exists("left/e"));
+    EXPECT_EQ(cursor(), "d");
+
+    // F6 with Return in its dialog: the same landing after a move.
+    downTo("a");
+    press(Qt::Key_F6);
+    ASSERT_NE(focusedWindow<TransferDialog>(), nullptr);
+    press(Qt::Key_Return);
+    ASSERT_TRUE(settled());
+    ASSERT_TRUE(home_.exists("right/a"));
+    EXPECT_EQ(cursor(), "d");
+    EXPECT_EQ(left().selectedNames(), Names{"d"});
+
+    // The only item left goes: the cursor falls back to "..", with nothing to act on.
+    trashWithKeys();
+    EXPECT_EQ(cursor(), "..");
+    EXPECT_FALSE(enabled(ShortcutCommand::moveToTrash));
 }
 
 } // namespace
