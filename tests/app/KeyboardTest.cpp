@@ -184,5 +184,50 @@ TEST_F(KeyboardTest, AfterTrashAndMoveTheCursorLandsBesideTheRemovedItems)
     EXPECT_FALSE(enabled(ShortcutCommand::moveToTrash));
 }
 
+TEST_F(KeyboardTest, TheClashQuestionKeepsTheKeyboardWhenTheProgressPanelAppears)
+{
+    home_.file("right/a", "old");
+    // The panel comes up while the question is already open, as it does for a copy that waits.
+    window_->operations().setTimings({300, 20});
+    for (const int key : {Qt::Key_Return, Qt::Key_Escape}) {
+        SCOPED_TRACE(key == Qt::Key_Return ? "Return" : "Escape");
+        window_->paneWidget(Side::left).list()->setFocus();
+        downTo("a");
+        press(Qt::Key_F5);
+        ASSERT_NE(focusedWindow<TransferDialog>(), nullptr);
+        press(Qt::Key_Return);
+        ASSERT_NE(focusedWindow<ConflictDialog>(), nullptr);
+        ASSERT_NE(shown<ProgressPanel>(), nullptr);
+        QTest::qWait(50);
+        ASSERT_NE(focusedWindow<ConflictDialog>(), nullptr) << "the panel must not take the keyboard from it";
+        press(key);
+        ASSERT_TRUE(settled());
+    }
+    EXPECT_EQ(home_.read("right/a 2"), "a") << "Return kept both";
+    EXPECT_EQ(home_.read("right/a"), "old");
+    EXPECT_FALSE(home_.exists("right/a 3")) << "Escape cancelled";
+}
+
+TEST_F(KeyboardTest, EscapeInTheProgressPanelCancelsTheOperation)
+{
+    window_->operations().setTimings({0, 20});
+    std::atomic<bool> sawCancel = false;
+    window_->operations().run("Waiting", "Copy", "", window_.get(),
+                              [&sawCancel](OperationContext& context) {
+                                  const auto give = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+                                  while (!context.token.isCancelled() && std::chrono::steady_clock::now() < give)
+                                      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+                                  sawCancel = context.token.isCancelled();
+                                  OperationReport report;
+                                  report.cancelled = sawCancel;
+                                  return report;
+                              },
+                              {});
+    ASSERT_NE(focusedWindow<ProgressPanel>(), nullptr) << "the panel takes the keyboard when it opens";
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return window_->operations().runningCount() == 0; }, 3000));
+    EXPECT_TRUE(sawCancel);
+}
+
 } // namespace
 } // namespace orbisk::test
