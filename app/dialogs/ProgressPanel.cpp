@@ -6,6 +6,7 @@
 
 #include <QFrame>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -112,6 +113,17 @@ void ProgressPanel::showProgress(const OperationProgress& progress)
     } else {
         bar_->setRange(0, 0); // no totals yet: a busy bar
     }
+}
+
+void ProgressPanel::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
+        if (!cancelButton_->isHidden() && cancelButton_->isEnabled())
+            cancelButton_->click();
+        event->accept();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }
 
 void ProgressPanel::place(int slot)

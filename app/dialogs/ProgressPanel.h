@@ -15,7 +15,7 @@ class QPushButton;
 namespace orbisk {
 
 /// A tool window over its parent window: the title, a detail line, a status line, the current
-/// item, a bar (determinate once totals are known) and Cancel.
+/// item, a bar (determinate once totals are known) and Cancel, which Escape presses.
 class ProgressPanel : public QWidget {
     Q_OBJECT
 public:
@@ -37,6 +37,10 @@ public:
 
     /// The status line for progress: "Preparing…", or the items and bytes done of their totals.
     [[nodiscard]] static std::string statusText(const OperationProgress& progress);
+
+protected:
+    /// Escape is Cancel.
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QWidget* window_;

@@ -140,6 +140,9 @@ void RunningOperation::showQuestion(const std::shared_ptr<ConflictQuestion>& que
             [question](ConflictDecision decision) { question->give(decision); });
     dialog_ = dialog;
     dialog->open();
+    // A progress panel may hold the keyboard by now; the question needs it for Return and Escape.
+    dialog->raise();
+    dialog->activateWindow();
 }
 
 void RunningOperation::showPanel()
@@ -149,9 +152,18 @@ void RunningOperation::showPanel()
     panel_ = new ProgressPanel(texts_.title, texts_.detail, options_.cancellable, window_);
     panel_->onCancel = [this] { cancel(); };
     panel_->showProgress(tracker_->snapshot());
+    // An open clash question keeps the keyboard; otherwise the panel takes it, so that Escape cancels.
+    const bool asking = dialog_ && dialog_->isVisible();
+    panel_->setAttribute(Qt::WA_ShowWithoutActivating, asking);
     panel_->show();
     // Placed once shown: only then has the layout given it its final size.
     panel_->place(runner_.panelSlot(this));
+    if (asking) {
+        dialog_->raise();
+        dialog_->activateWindow();
+    } else {
+        panel_->activateWindow();
+    }
     poll_.start(runner_.timings().pollIntervalMs);
 }
 
@@ -162,8 +174,12 @@ void RunningOperation::finish(OperationReport report)
     poll_.stop();
     if (worker_.joinable())
         worker_.join();
-    if (panel_)
+    if (panel_) {
+        // The keyboard goes back to the window the panel took it from.
+        if (panel_->isActiveWindow() && window_)
+            window_->activateWindow();
         panel_->deleteLater();
+    }
     if (dialog_)
         dialog_->close();
 

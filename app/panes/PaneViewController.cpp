@@ -11,6 +11,7 @@
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
+#include <string_view>
 
 namespace orbisk {
 
@@ -204,7 +205,7 @@ void PaneViewController::deliver(int generation, const PaneTab* tab, HistoryMode
     if (sameArrangement(result.arrangement, arrangementFor(current)))
         rows = std::move(result.rows);
     applyListing(select, sameFolder && !scrollY ? std::optional<double>() : std::optional<double>(scrollY.value_or(0)),
-                 std::move(rows));
+                 std::move(rows), sameFolder);
     if (!quiet) {
         startWatching();
         emit visited(to);
@@ -256,9 +257,11 @@ PaneListing::Arrangement PaneViewController::arrangementFor(const PaneTab& tab) 
 }
 
 void PaneViewController::applyListing(std::optional<std::string> select, std::optional<double> scrollY,
-                                      std::optional<PaneRows> rows)
+                                      std::optional<PaneRows> rows, bool reread)
 {
     auto& tab = activeTab();
+    const PaneRows previous = reread ? rows_ : PaneRows();
+    const int previousFocus = focusRow_;
     if (rows)
         rows_ = std::move(*rows);
     else if (tab.listing)
@@ -277,6 +280,21 @@ void PaneViewController::applyListing(std::optional<std::string> select, std::op
         if (focusName && name == *focusName)
             focusRow_ = static_cast<int>(i);
     }
+    const bool focusGone = focusName && (focusRow_ < 0 || rows_[static_cast<std::size_t>(focusRow_)].isParentLink ||
+                                         rows_[static_cast<std::size_t>(focusRow_)].name() != *focusName);
+    if (reread && !select && focusGone && previousFocus >= 0 &&
+        static_cast<std::size_t>(previousFocus) < previous.size() &&
+        !previous[static_cast<std::size_t>(previousFocus)].isParentLink &&
+        previous[static_cast<std::size_t>(previousFocus)].name() == *focusName) {
+        // The focused item went (trashed, moved away): the cursor stays in its place, on the item
+        // that follows, so that the next command can be given at once; it selects that item when
+        // nothing else is selected any more, as a cursor move would.
+        if (const int survivor = survivorRow(previous, previousFocus); survivor >= 0) {
+            focusRow_ = survivor;
+            if (std::ranges::find(selected_, true) == selected_.end())
+                selected_[static_cast<std::size_t>(survivor)] = true;
+        }
+    }
     emit rowsChanged();
     emit selectionChanged();
     emit statusChanged();
@@ -284,6 +302,30 @@ void PaneViewController::applyListing(std::optional<std::string> select, std::op
         scrollY_ = *scrollY;
         emit scrollRequested(*scrollY);
     }
+}
+
+int PaneViewController::survivorRow(const PaneRows& previous, int focus) const
+{
+    std::unordered_map<std::string_view, int> rowByName;
+    rowByName.reserve(rows_.size());
+    for (std::size_t i = 0; i < rows_.size(); ++i) {
+        if (!rows_[i].isParentLink)
+            rowByName.emplace(rows_[i].name(), static_cast<int>(i));
+    }
+    const auto survivor = [&](std::size_t row) {
+        const auto found =
+            previous[row].isParentLink ? rowByName.end() : rowByName.find(std::string_view(previous[row].name()));
+        return found == rowByName.end() ? -1 : found->second;
+    };
+    for (auto row = static_cast<std::size_t>(focus) + 1; row < previous.size(); ++row) {
+        if (const int now = survivor(row); now >= 0)
+            return now;
+    }
+    for (auto row = static_cast<std::size_t>(focus); row-- > 0;) {
+        if (const int now = survivor(row); now >= 0)
+            return now;
+    }
+    return -1;
 }
 
 void PaneViewController::goUp()

@@ -158,8 +158,13 @@ private:
     /// Goes home saying that the volume at mountPoint is no longer connected.
     void leaveGoneVolume(const std::filesystem::path& mountPoint, HistoryMode mode);
     [[nodiscard]] PaneListing::Arrangement arrangementFor(const PaneTab& tab) const;
+    /// Shows the tab's listing (or rows made for it). When reread is set the rows replace those of
+    /// the same folder, and a focused item that is gone passes the cursor to its nearest survivor.
     void applyListing(std::optional<std::string> select, std::optional<double> scrollY,
-                      std::optional<PaneRows> rows = {});
+                      std::optional<PaneRows> rows = {}, bool reread = false);
+    /// The row of rows_ nearest to where previous had its row focus among those still listed: the
+    /// first survivor after it, else the last one before it; -1 when none survived.
+    [[nodiscard]] int survivorRow(const PaneRows& previous, int focus) const;
     void rememberTabState();
     void showActiveTab();
     void startWatching();

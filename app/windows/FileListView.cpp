@@ -57,7 +57,26 @@ void FileListView::keyPressEvent(QKeyEvent* event)
         event->accept();
         return;
     }
+    if ((event->key() == Qt::Key_Home || event->key() == Qt::Key_End) && (event->modifiers() & Qt::ControlModifier) &&
+        !(event->modifiers() & Qt::AltModifier)) {
+        // The table would move the current row without selecting it; Ctrl adds nothing to a list
+        // whose Home and End already go to the ends, so it goes the way the plain key does.
+        QKeyEvent plain(event->type(), event->key(), event->modifiers() & ~Qt::ControlModifier, event->text(),
+                        event->isAutoRepeat(), static_cast<ushort>(event->count()));
+        QTableView::keyPressEvent(&plain);
+        event->setAccepted(plain.isAccepted());
+        return;
+    }
     QTableView::keyPressEvent(event);
+}
+
+QModelIndex FileListView::moveCursor(CursorAction cursorAction, Qt::KeyboardModifiers modifiers)
+{
+    // Rows are what the cursor stands on: Home and End go to the first and last one, never to
+    // the first or last column of the current row.
+    if ((cursorAction == MoveHome || cursorAction == MoveEnd) && model() && model()->rowCount() > 0)
+        return model()->index(cursorAction == MoveHome ? 0 : model()->rowCount() - 1, 0);
+    return QTableView::moveCursor(cursorAction, modifiers);
 }
 
 void FileListView::focusInEvent(QFocusEvent* event)

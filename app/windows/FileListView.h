@@ -1,4 +1,5 @@
-// The table of a pane: Return opens, type-to-select looks at names only, rows select whole.
+// The table of a pane: Return opens, type-to-select looks at names only, rows select whole, Home and
+// End go to the first and last row.
 #pragma once
 
 #include "commands/FileMimeData.h"
@@ -33,6 +34,7 @@ signals:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    QModelIndex moveCursor(CursorAction cursorAction, Qt::KeyboardModifiers modifiers) override;
     void focusInEvent(QFocusEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
