@@ -9,7 +9,7 @@
 #include <limits>
 
 #include "Command.h"
-#include "InterruptCancels.h"
+#include "Interruption.h"
 #include "support/DisplayText.h"
 #include "tools/FileSearch.h"
 
@@ -88,7 +88,7 @@ int runFind(std::span<const std::string> arguments)
     const std::string& folder = options->operands[0];
 
     CancellationToken token;
-    const InterruptCancels interrupts(token);
+    const CancelOnInterrupt interrupts(token);
     std::string out;
     bool writeFailed = false;
     const auto flush = [&] {
@@ -129,7 +129,7 @@ int runFind(std::span<const std::string> arguments)
         std::cerr << "orbisk-cli find: " << summary->unreadableFiles << " files couldn’t be read\n";
     if (summary->truncated)
         std::cerr << "orbisk-cli find: stopped at " << summary->matched << " results (result limit reached)\n";
-    if (InterruptCancels::interrupted()) {
+    if (CancelOnInterrupt::interrupted()) {
         std::cerr << "orbisk-cli find: cancelled after " << summary->scanned << " items\n";
         return 130;
     }

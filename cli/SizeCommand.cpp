@@ -12,7 +12,7 @@
 #include <optional>
 
 #include "Command.h"
-#include "InterruptCancels.h"
+#include "Interruption.h"
 #include "support/ByteCount.h"
 #include "support/DisplayText.h"
 #include "tools/FolderBreakdown.h"
@@ -122,7 +122,7 @@ int runSize(std::span<const std::string> arguments)
         return usageError(sizeCommand, "which folder?");
 
     CancellationToken token;
-    const InterruptCancels interrupts(token);
+    const CancelOnInterrupt interrupts(token);
     int status = exitSuccess;
     for (const auto& folder : options.folders) {
         ProgressLine progress;
