@@ -1,6 +1,6 @@
 // Pictures of folder sizes, the breakdown and the Find window for docs/screenshots, taken only
 // when ORBISK_SCREENSHOT_DIR names a folder (run under Xvfb with QT_QPA_PLATFORM=xcb).
-#include "AppSettings.h"
+#include "ScreenshotHarness.h"
 #include "panes/PaneViewController.h"
 #include "support/TempTree.h"
 #include "tools/BreakdownView.h"
@@ -23,14 +23,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class FolderToolScreenshots : public ::testing::Test {
+class FolderToolScreenshots : public ScreenshotHarness {
 protected:
     void SetUp() override
     {
-        const auto folder = qgetenv("ORBISK_SCREENSHOT_DIR");
-        if (folder.isEmpty())
+        if (!picturesWanted())
             GTEST_SKIP() << "set ORBISK_SCREENSHOT_DIR to take the pictures";
-        output_ = folder.toStdString();
         home_.file("Projects/Photos/beach.jpg", std::string(3'400'000, 'p'));
         home_.file("Projects/Photos/hills.jpg", std::string(2'100'000, 'p'));
         home_.file("Projects/Music/live.flac", std::string(9'800'000, 'm'));
@@ -40,31 +38,7 @@ protected:
         home_.file("Projects/Code/main.cpp", "// budget calculator\nint main() {}\n");
         home_.folder("Projects/Empty");
         home_.file("Projects/readme.txt", "Projects folder\n");
-        oldHome_ = qgetenv("HOME");
-        qputenv("HOME", QByteArray::fromStdString(home_.root().native()));
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString((home_ / ".local/share").native()));
-        settings_ = std::make_unique<AppSettings>(QString::fromStdString((config_.root() / "s.ini").native()));
-        window_ = std::make_unique<MainWindow>(*settings_);
-        window_->resize(1400, 900);
-        window_->move(0, 0);
-        window_->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
-        window_->pane(Side::left).navigate(home_ / "Projects");
-        window_->pane(Side::right).navigate(home_.root());
-        ASSERT_TRUE(QTest::qWaitFor(
-            [this] { return !window_->pane(Side::left).isLoading() && !window_->pane(Side::right).isLoading(); }));
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        if (!oldHome_.isNull())
-            qputenv("HOME", oldHome_);
-    }
-    void snap(const char* name)
-    {
-        QTest::qWait(300);
-        const auto picture = QGuiApplication::primaryScreen()->grabWindow(0);
-        ASSERT_TRUE(picture.save(QString::fromStdString((output_ / name).native()), "PNG"));
+        openWindow(home_ / "Projects", home_.root());
     }
     void focus(PaneViewController& pane, const std::string& name)
     {
@@ -73,13 +47,6 @@ protected:
                 pane.setSelectionFromView({}, static_cast<int>(i));
         }
     }
-
-    fs::path output_;
-    TempTree home_;
-    TempTree config_;
-    QByteArray oldHome_;
-    std::unique_ptr<AppSettings> settings_;
-    std::unique_ptr<MainWindow> window_;
 };
 
 TEST_F(FolderToolScreenshots, FolderSizesInTheSizeColumn)

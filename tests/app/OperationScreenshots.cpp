@@ -1,6 +1,6 @@
 // Pictures of the operation dialogs over the real window for docs/screenshots, taken only when
 // ORBISK_SCREENSHOT_DIR names a folder (run under Xvfb with QT_QPA_PLATFORM=xcb).
-#include "AppSettings.h"
+#include "ScreenshotHarness.h"
 #include "commands/FileCommands.h"
 #include "dialogs/ConflictDialog.h"
 #include "dialogs/NamePrompt.h"
@@ -27,14 +27,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class OperationScreenshots : public ::testing::Test {
+class OperationScreenshots : public ScreenshotHarness {
 protected:
     void SetUp() override
     {
-        const auto folder = qgetenv("ORBISK_SCREENSHOT_DIR");
-        if (folder.isEmpty())
+        if (!picturesWanted())
             GTEST_SKIP() << "set ORBISK_SCREENSHOT_DIR to take the pictures";
-        output_ = folder.toStdString();
         home_.file("Projects/report.pdf", std::string(48'000, 'r'));
         home_.file("Projects/notes.txt", "new notes");
         home_.file("Projects/budget.ods", std::string(21'000, 'b'));
@@ -42,31 +40,7 @@ protected:
         home_.file("Backup/notes.txt", "old");
         home_.file("Backup/archive.zip", std::string(9'000, 'z'));
         home_.setModificationTime("Backup/notes.txt", 1'700'000'000);
-        oldHome_ = qgetenv("HOME");
-        qputenv("HOME", QByteArray::fromStdString(home_.root().native()));
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString((home_ / ".local/share").native()));
-        settings_ = std::make_unique<AppSettings>(QString::fromStdString((config_.root() / "s.ini").native()));
-        window_ = std::make_unique<MainWindow>(*settings_);
-        window_->resize(1400, 900);
-        window_->move(0, 0);
-        window_->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
-        window_->pane(Side::left).navigate(home_ / "Projects");
-        window_->pane(Side::right).navigate(home_ / "Backup");
-        ASSERT_TRUE(QTest::qWaitFor(
-            [this] { return !window_->pane(Side::left).isLoading() && !window_->pane(Side::right).isLoading(); }));
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        if (!oldHome_.isNull())
-            qputenv("HOME", oldHome_);
-    }
-    void snap(const char* name)
-    {
-        QTest::qWait(300);
-        const auto picture = QGuiApplication::primaryScreen()->grabWindow(0);
-        ASSERT_TRUE(picture.save(QString::fromStdString((output_ / name).native()), "PNG"));
+        openWindow(home_ / "Projects", home_ / "Backup");
     }
     void copy(std::vector<fs::path> sources, const fs::path& into, TransferRequest request = {})
     {
@@ -75,13 +49,6 @@ protected:
         window_->operations().transfer(std::move(request), window_.get(),
                                        [this](const OperationReport& report) { window_->showResults(report); });
     }
-
-    fs::path output_;
-    TempTree home_;
-    TempTree config_;
-    QByteArray oldHome_;
-    std::unique_ptr<AppSettings> settings_;
-    std::unique_ptr<MainWindow> window_;
 };
 
 TEST_F(OperationScreenshots, ConflictDialog)

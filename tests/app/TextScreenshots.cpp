@@ -1,6 +1,6 @@
 // Pictures of the viewer, the editor and the quick preview for docs/screenshots, taken only when
 // ORBISK_SCREENSHOT_DIR names a folder (run under Xvfb with QT_QPA_PLATFORM=xcb).
-#include "AppSettings.h"
+#include "ScreenshotHarness.h"
 #include "panes/PaneViewController.h"
 #include "support/TempTree.h"
 #include "text/EditorWindow.h"
@@ -62,14 +62,12 @@ std::string samplePng()
     return bytes.toStdString();
 }
 
-class TextScreenshots : public ::testing::Test {
+class TextScreenshots : public ScreenshotHarness {
 protected:
     void SetUp() override
     {
-        const auto folder = qgetenv("ORBISK_SCREENSHOT_DIR");
-        if (folder.isEmpty())
+        if (!picturesWanted())
             GTEST_SKIP() << "set ORBISK_SCREENSHOT_DIR to take the pictures";
-        output_ = folder.toStdString();
         home_.file("Notes/server.log", sampleLog());
         home_.file("Notes/holiday.png", samplePng());
         std::string binary("\x7F"
@@ -80,31 +78,7 @@ protected:
         home_.file("Notes/tool", binary);
         home_.file("Notes/todo.txt", "Shopping\r\n- bread\r\n- milk\nCall the plumber\r\nRenew passport\r\n");
         home_.file("Notes/plan.md", "# Plan\n\n1. Sort the photos\n2. Back up the laptop\n3. Clean the garage\n");
-        oldHome_ = qgetenv("HOME");
-        qputenv("HOME", QByteArray::fromStdString(home_.root().native()));
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString((home_ / ".local/share").native()));
-        settings_ = std::make_unique<AppSettings>(QString::fromStdString((config_.root() / "s.ini").native()));
-        window_ = std::make_unique<MainWindow>(*settings_);
-        window_->resize(1400, 900);
-        window_->move(0, 0);
-        window_->show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(window_.get()));
-        window_->pane(Side::left).navigate(home_ / "Notes");
-        window_->pane(Side::right).navigate(home_ / "Notes");
-        ASSERT_TRUE(QTest::qWaitFor(
-            [this] { return !window_->pane(Side::left).isLoading() && !window_->pane(Side::right).isLoading(); }));
-    }
-    void TearDown() override
-    {
-        window_.reset();
-        if (!oldHome_.isNull())
-            qputenv("HOME", oldHome_);
-    }
-    void snap(const char* name)
-    {
-        QTest::qWait(400);
-        const auto picture = QGuiApplication::primaryScreen()->grabWindow(0);
-        ASSERT_TRUE(picture.save(QString::fromStdString((output_ / name).native()), "PNG"));
+        openWindow(home_ / "Notes", home_ / "Notes");
     }
     ViewerWindow* view(const char* name)
     {
@@ -124,13 +98,6 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowExposed(editor));
         return editor;
     }
-
-    fs::path output_;
-    TempTree home_;
-    TempTree config_;
-    QByteArray oldHome_;
-    std::unique_ptr<AppSettings> settings_;
-    std::unique_ptr<MainWindow> window_;
 };
 
 TEST_F(TextScreenshots, ViewerOnText)
@@ -140,21 +107,21 @@ TEST_F(TextScreenshots, ViewerOnText)
     viewer->findBar()->findField()->setText(QStringLiteral("request 4321"));
     viewer->findNext();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !viewer->searching() && viewer->view()->highlightEnd() > 0; }));
-    snap("viewer-text.png");
+    snap("viewer-text.png", 400);
     viewer->close();
 }
 
 TEST_F(TextScreenshots, ViewerOnBinary)
 {
     auto* viewer = view("tool");
-    snap("viewer-hex.png");
+    snap("viewer-hex.png", 400);
     viewer->close();
 }
 
 TEST_F(TextScreenshots, ViewerOnImage)
 {
     auto* viewer = view("holiday.png");
-    snap("viewer-image.png");
+    snap("viewer-image.png", 400);
     viewer->close();
 }
 
@@ -163,12 +130,12 @@ TEST_F(TextScreenshots, EditorWithMixedEndingsAndTheModifiedOnDiskQuestion)
     auto* editor = edit("todo.txt");
     editor->editor()->moveCursor(QTextCursor::End);
     QTest::keyClicks(editor->editor(), "Book the dentist");
-    snap("editor-mixed-endings.png");
+    snap("editor-mixed-endings.png", 400);
 
     home_.file("Notes/todo.txt", "Changed by another program\n");
     editor->save();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !editor->saving() && editor->question(); }));
-    snap("editor-modified-on-disk.png");
+    snap("editor-modified-on-disk.png", 400);
     editor->question()->close();
     editor->editor()->document()->setModified(false);
     editor->close();
@@ -185,7 +152,7 @@ TEST_F(TextScreenshots, QuickPreview)
     ASSERT_NE(preview, nullptr);
     preview->move(760, 200);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !preview->loading(); }));
-    snap("quick-preview.png");
+    snap("quick-preview.png", 400);
 }
 
 } // namespace
