@@ -18,9 +18,7 @@ protected:
 
     test::ProcessResult cli(std::vector<std::string> arguments)
     {
-        arguments.insert(arguments.begin(), test::binary("orbisk-cli").native());
-        return test::run(arguments, tree / "work",
-                         {"HOME=" + (tree / "home").native(), "XDG_DATA_HOME=" + (tree / "data").native()});
+        return test::cliInTree(tree.root(), std::move(arguments));
     }
 
     /// Every entry under the tree but the Trash (links not followed) with its contents, "/" marking

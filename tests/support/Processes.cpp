@@ -23,6 +23,13 @@ void drain(int fd, std::string& into)
 }
 } // namespace
 
+ProcessResult cliInTree(const std::filesystem::path& root, std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.begin(), binary("orbisk-cli").native());
+    return run(arguments, root / "work",
+               {"HOME=" + (root / "home").native(), "XDG_DATA_HOME=" + (root / "data").native()});
+}
+
 ProcessResult run(const std::vector<std::string>& arguments, const std::filesystem::path& workingFolder,
                   const std::vector<std::string>& environment)
 {

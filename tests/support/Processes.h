@@ -18,6 +18,10 @@ struct ProcessResult {
 ProcessResult run(const std::vector<std::string>& arguments, const std::filesystem::path& workingFolder = {},
                   const std::vector<std::string>& environment = {});
 
+/// Runs orbisk-cli in root/work with root/home as its home and root/data as its data folder, so
+/// that its Trash is the tree's own.
+ProcessResult cliInTree(const std::filesystem::path& root, std::vector<std::string> arguments);
+
 /// Whether a program can be found on PATH.
 bool haveProgram(const std::string& name);
 
